@@ -1,0 +1,256 @@
+#include "Lib_Systeme.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <sys/utsname.h>
+#include <unistd.h>
+
+#include <ctime>
+#endif
+
+#include "Lib_Profile.h"
+
+namespace fs = std::filesystem;
+
+namespace zl3::sys {
+namespace {
+
+std::string& RootOverride() {
+    static std::string root;
+    static bool initialised = false;
+    if (!initialised) {
+        initialised = true;
+        if (const char* env = std::getenv("ZELVAR_ROOT"); env && *env) root = env;
+    }
+    return root;
+}
+
+std::string ExecutableFolder() {
+#ifdef _WIN32
+    char buf[MAX_PATH];
+    const DWORD n = GetModuleFileNameA(nullptr, buf, MAX_PATH);
+    return WithTrailingSep(fs::path(std::string(buf, n)).parent_path().string());
+#else
+    std::error_code ec;
+    const fs::path exe = fs::read_symlink("/proc/self/exe", ec);
+    if (ec) return WithTrailingSep(fs::current_path().string());
+    return WithTrailingSep(exe.parent_path().string());
+#endif
+}
+
+std::string HomeRoot() {
+    const char* home = std::getenv("HOME");
+    return WithTrailingSep(std::string(home && *home ? home : "/tmp") + "/.zelvar");
+}
+
+}  // namespace
+
+char Sep() {
+#ifdef _WIN32
+    return '\\';
+#else
+    return '/';
+#endif
+}
+
+std::string WithTrailingSep(const std::string& folder) {
+    if (folder.empty()) return folder;
+    std::string f = folder;
+    while (f.size() > 1 && (f.back() == '/' || f.back() == '\\')) f.pop_back();
+    if (f == "/" || f == "\\") return std::string(1, Sep());
+    return f + Sep();
+}
+
+std::string ZelvarRoot() {
+#ifdef _WIN32
+    return "";
+#else
+    const std::string& r = RootOverride();
+    return r.empty() ? "" : WithTrailingSep(r);
+#endif
+}
+
+void SetZelvarRoot(const std::string& root) {
+    RootOverride();  // read the environment first so that an explicit value wins
+    RootOverride() = root.empty() ? root : fs::absolute(root).lexically_normal().string();
+}
+
+std::string NativePath(const std::string& suitePath) {
+#ifdef _WIN32
+    return suitePath;
+#else
+    if (suitePath.empty()) return suitePath;
+    std::string root = ZelvarRoot();
+    if (root.empty()) root = HomeRoot();
+    std::string rest;
+    std::string mapped;
+    if (suitePath.size() >= 2 && std::isalpha(static_cast<unsigned char>(suitePath[0])) &&
+        suitePath[1] == ':') {
+        mapped = root + static_cast<char>(std::toupper(static_cast<unsigned char>(suitePath[0])));
+        rest = suitePath.substr(2);
+    } else if (suitePath.rfind("\\\\", 0) == 0) {
+        mapped = root + "UNC";
+        rest = suitePath.substr(1);  // keeps one leading separator before the server name
+    } else {
+        mapped.clear();
+        rest = suitePath;
+    }
+    for (char& c : rest)
+        if (c == '\\') c = '/';
+    if (!mapped.empty() && !rest.empty() && rest.front() != '/') rest.insert(0, 1, '/');
+    std::string out = mapped + rest;
+    // Collapse doubled separators made by joining (not a leading "//" of a native path).
+    std::string clean;
+    for (size_t i = 0; i < out.size(); ++i) {
+        if (out[i] == '/' && !clean.empty() && clean.back() == '/') continue;
+        clean += out[i];
+    }
+    return clean;
+#endif
+}
+
+std::string DossierWindows() {
+#ifdef _WIN32
+    char buf[MAX_PATH];
+    const UINT n = GetWindowsDirectoryA(buf, MAX_PATH);
+    return WithTrailingSep(std::string(buf, n));
+#else
+    return NativePath("C:\\Windows\\");
+#endif
+}
+
+std::string FichierWinIni() { return DossierWindows() + "Win.ini"; }
+
+std::string DossierSysteme() {
+#ifdef _WIN32
+    char buf[MAX_PATH];
+    const UINT n = GetSystemDirectoryA(buf, MAX_PATH);
+    return WithTrailingSep(std::string(buf, n));
+#else
+    return NativePath("C:\\Windows\\System32\\");
+#endif
+}
+
+std::string DossierApplication() {
+#ifndef _WIN32
+    if (!ZelvarRoot().empty()) return NativePath("C:\\Quorvane\\Zelvar\\");
+#endif
+    return ExecutableFolder();
+}
+
+std::string NomExecutable() { return "ZL3_Tools_Stats"; }
+
+std::string FichierTheme() { return DossierWindows() + "ThemeManager.ini"; }
+
+std::string ThemeActive() {
+#ifdef _WIN32
+    HKEY key;
+    std::string value = "1";
+    if (RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Microsoft\\Windows\\CurrentVersion\\ThemeManager",
+                      0, KEY_READ, &key) == ERROR_SUCCESS) {
+        char buf[64];
+        DWORD size = sizeof buf;
+        DWORD type = 0;
+        if (RegQueryValueExA(key, "ThemeActive", nullptr, &type, reinterpret_cast<BYTE*>(buf),
+                             &size) == ERROR_SUCCESS && type == REG_SZ)
+            value.assign(buf, size > 0 && buf[size - 1] == 0 ? size - 1 : size);
+        RegCloseKey(key);
+    }
+    return value;
+#else
+    return ReadProfileString("ThemeManager", "ThemeActive", "1", FichierTheme());
+#endif
+}
+
+std::string ComputerName() {
+#ifdef _WIN32
+    char buf[MAX_COMPUTERNAME_LENGTH + 1];
+    DWORD n = sizeof buf;
+    return GetComputerNameA(buf, &n) ? std::string(buf, n) : std::string();
+#else
+    char buf[256] = {};
+    if (gethostname(buf, sizeof buf - 1) != 0) return "";
+    return buf;
+#endif
+}
+
+std::string UserName() {
+#ifdef _WIN32
+    char buf[256];
+    DWORD n = sizeof buf;
+    return GetUserNameA(buf, &n) ? std::string(buf, n > 0 ? n - 1 : 0) : std::string();
+#else
+    const char* u = std::getenv("USER");
+    return u ? u : "";
+#endif
+}
+
+std::string OperatingSystemName() {
+#ifdef _WIN32
+    return "Windows";
+#else
+    struct utsname u {};
+    if (uname(&u) != 0) return "Unknown";
+    return std::string(u.sysname) + " " + u.release + " " + u.machine;
+#endif
+}
+
+int64_t SystemTickCount() {
+#ifdef _WIN32
+    return static_cast<int64_t>(GetTickCount64());
+#else
+    timespec ts{};
+    clock_gettime(CLOCK_BOOTTIME, &ts);
+    return static_cast<int64_t>(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000;
+#endif
+}
+
+bool FileExists(const std::string& path) {
+    std::error_code ec;
+    return !path.empty() && fs::is_regular_file(path, ec);
+}
+
+bool FolderExists(const std::string& path) {
+    std::error_code ec;
+    return !path.empty() && fs::is_directory(path, ec);
+}
+
+bool CheckRep(const std::string& folder) {
+    if (folder.empty()) return false;
+    std::error_code ec;
+    fs::create_directories(folder, ec);
+    return fs::is_directory(folder, ec);
+}
+
+bool File_Delete(const std::string& path) {
+    std::error_code ec;
+    return fs::remove(path, ec) && !ec;
+}
+
+bool ShellOpen(const std::string& pathOrUrl) {
+#ifdef _WIN32
+    return reinterpret_cast<intptr_t>(ShellExecuteA(nullptr, "open", pathOrUrl.c_str(), nullptr,
+                                                    nullptr, SW_SHOWNORMAL)) > 32;
+#else
+    if (pathOrUrl.empty()) return false;
+    std::string quoted = "'";
+    for (char c : pathOrUrl) {
+        if (c == '\'')
+            quoted += "'\\''";
+        else
+            quoted += c;
+    }
+    quoted += "'";
+    const std::string cmd = "xdg-open " + quoted + " >/dev/null 2>&1 &";
+    return std::system(cmd.c_str()) == 0;
+#endif
+}
+
+}  // namespace zl3::sys

@@ -1,0 +1,64 @@
+// System utilities: everything that differs between the stations' Windows workstations and the
+// Linux machines the tool is built and tested on.
+//
+// On Windows the real places are used (Windows folder, system folder, registry, shell).
+// Elsewhere one folder stands for the whole machine: the root named by the environment variable
+// ZELVAR_ROOT (or set by SetZelvarRoot, as the command-line programs' --root option does).
+//   drive path "C:\AudioLog\"        -> $ZELVAR_ROOT/C/AudioLog/
+//   network path "\\srv\share\x\"    -> $ZELVAR_ROOT/UNC/srv/share/x/
+//   Windows folder                   -> $ZELVAR_ROOT/C/Windows/   (Win.ini inside)
+//   system folder                    -> $ZELVAR_ROOT/C/Windows/System32/
+//   application folder               -> $ZELVAR_ROOT/C/Quorvane/Zelvar/ (no root: the executable's
+//                                       folder)
+//   registry value ThemeActive       -> $ZELVAR_ROOT/C/Windows/ThemeManager.ini,
+//                                       section [ThemeManager], key ThemeActive (default "1")
+// Without a root, drive and network paths map under the user's home folder, "~/.zelvar/".
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace zl3::sys {
+
+// The native folder separator ("\" on Windows, "/" elsewhere).
+char Sep();
+// Folder text ending with exactly one native separator (an empty text stays empty).
+std::string WithTrailingSep(const std::string& folder);
+
+// The machine root (native, with a trailing separator). Empty on Windows.
+std::string ZelvarRoot();
+void SetZelvarRoot(const std::string& root);
+
+// Maps a path as the suite writes it (drive or network path with "\") to a native path. A path
+// that is already native is returned unchanged; "\" become the native separator.
+std::string NativePath(const std::string& suitePath);
+
+std::string DossierWindows();      // Windows folder, trailing separator
+std::string FichierWinIni();       // Windows folder & "Win.ini"
+std::string DossierSysteme();      // system folder, trailing separator
+std::string DossierApplication();  // application folder, trailing separator
+// Name of the tool's executable without extension: "ZL3_Tools_Stats".
+std::string NomExecutable();
+
+// The current user's ThemeActive value of the theme manager, as text ("0": classic look).
+std::string ThemeActive();
+// Where ThemeActive is kept when there is no registry (the ini named above).
+std::string FichierTheme();
+
+std::string ComputerName();
+std::string UserName();
+std::string OperatingSystemName();
+// Milliseconds since the computer started.
+int64_t SystemTickCount();
+
+// Files and folders.
+bool FileExists(const std::string& path);
+bool FolderExists(const std::string& path);
+// Creates the folder and its parents; true when it exists afterwards.
+bool CheckRep(const std::string& folder);
+bool File_Delete(const std::string& path);
+
+// The shell's "Open" action on a file or an address.
+bool ShellOpen(const std::string& pathOrUrl);
+
+}  // namespace zl3::sys

@@ -1,0 +1,166 @@
+#include "Services.h"
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <thread>
+
+#include "Lib_Systeme.h"
+
+namespace zl3 {
+
+std::vector<int> ButtonsOfStyle(int style) {
+    switch (style & 0x0F) {
+        case kMbOkCancel: return {kIdOk, kIdCancel};
+        case kMbAbortRetryIgnore: return {kIdAbort, kIdRetry, kIdIgnore};
+        case kMbYesNoCancel: return {kIdYes, kIdNo, kIdCancel};
+        case kMbYesNo: return {kIdYes, kIdNo};
+        case kMbRetryCancel: return {kIdRetry, kIdCancel};
+        default: return {kIdOk};
+    }
+}
+
+std::string ButtonCaption(int answer) {
+    switch (answer) {
+        case kIdOk: return "Ok";
+        case kIdCancel: return "Annuler";
+        case kIdAbort: return "Abandonner";
+        case kIdRetry: return "Réessayer";
+        case kIdIgnore: return "Ignorer";
+        case kIdYes: return "Oui";
+        case kIdNo: return "Non";
+        default: return "";
+    }
+}
+
+int CloseButtonAnswer(int style) {
+    const std::vector<int> buttons = ButtonsOfStyle(style);
+    for (int preferred : {kIdCancel, kIdAbort, kIdNo, kIdOk})
+        for (int b : buttons)
+            if (b == preferred) return b;
+    return buttons.front();
+}
+
+// ---- Service registry -----------------------------------------------------------------------
+
+namespace {
+
+SystemClock& DefaultClock() {
+    static SystemClock clock;
+    return clock;
+}
+ConsoleMessageBox& DefaultMessages() {
+    static ConsoleMessageBox box;
+    return box;
+}
+EventLoop& DefaultEvents() {
+    static EventLoop loop;
+    return loop;
+}
+SystemShell& DefaultShell() {
+    static SystemShell shell;
+    return shell;
+}
+
+Services& Current() {
+    static Services services{&DefaultMessages(), &DefaultClock(), &DefaultEvents(), &DefaultShell()};
+    return services;
+}
+
+}  // namespace
+
+Services& Svc() { return Current(); }
+
+ScopedServices::ScopedServices(const Services& replacement) : previous_(Current()) {
+    Services& s = Current();
+    if (replacement.messages) s.messages = replacement.messages;
+    if (replacement.clock) s.clock = replacement.clock;
+    if (replacement.events) s.events = replacement.events;
+    if (replacement.shell) s.shell = replacement.shell;
+}
+
+ScopedServices::~ScopedServices() { Current() = previous_; }
+
+// ---- Clocks ---------------------------------------------------------------------------------
+
+DateTime SystemClock::Now() {
+    const auto now = std::chrono::system_clock::now();
+    const std::time_t t = std::chrono::system_clock::to_time_t(now);
+    std::tm tm{};
+#ifdef _WIN32
+    localtime_s(&tm, &t);
+#else
+    localtime_r(&t, &tm);
+#endif
+    const auto ms =
+        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() %
+        1000;
+    return DateTime{tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour,
+                    tm.tm_min,         tm.tm_sec,     static_cast<int>(ms)};
+}
+
+int64_t SystemClock::TickCount() { return sys::SystemTickCount(); }
+
+int64_t SystemClock::Stopwatch() {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+void SystemClock::Sleep(int64_t ms) {
+    if (ms > 0) std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
+
+ManualClock::ManualClock(DateTime start, int64_t tick) : tick_(tick) { SetNow(start); }
+
+void ManualClock::SetNow(const DateTime& now) {
+    baseMs_ = DaysFromCivil(now.year, now.month, now.day) * 86400000LL +
+              (now.hour * 3600LL + now.minute * 60LL + now.second) * 1000LL + now.millisecond;
+}
+
+DateTime ManualClock::Now() {
+    const int64_t days = baseMs_ >= 0 ? baseMs_ / 86400000LL : (baseMs_ - 86399999LL) / 86400000LL;
+    int64_t rest = baseMs_ - days * 86400000LL;
+    DateTime d = CivilFromDays(days);
+    d.hour = static_cast<int>(rest / 3600000LL);
+    rest %= 3600000LL;
+    d.minute = static_cast<int>(rest / 60000LL);
+    rest %= 60000LL;
+    d.second = static_cast<int>(rest / 1000LL);
+    d.millisecond = static_cast<int>(rest % 1000LL);
+    return d;
+}
+
+void ManualClock::Advance(int64_t ms) {
+    baseMs_ += ms;
+    tick_ += ms;
+    elapsed_ += ms;
+}
+
+void ManualClock::Sleep(int64_t ms) {
+    ++sleepCalls_;
+    if (ms <= 0) return;
+    slept_ += ms;
+    Advance(ms);
+}
+
+// ---- Message boxes --------------------------------------------------------------------------
+
+int ConsoleMessageBox::Show(const MessageRequest& request) {
+    const int answer = CloseButtonAnswer(request.style);
+    std::fprintf(stderr, "%s%s%s\n", request.title.empty() ? "" : request.title.c_str(),
+                 request.title.empty() ? "" : ": ", request.text.c_str());
+    return answer;
+}
+
+int ScriptedMessageBox::Show(const MessageRequest& request) {
+    if (onShow) onShow(request);
+    int answer = CloseButtonAnswer(request.style);
+    if (next_ < script_.size()) answer = script_[next_++];
+    shown.push_back({request, answer});
+    return answer;
+}
+
+bool SystemShell::Open(const std::string& pathOrUrl) { return sys::ShellOpen(pathOrUrl); }
+
+}  // namespace zl3

@@ -1,0 +1,86 @@
+// The result grid: a spreadsheet-like table of texts addressed by 1-based column and row, with
+// header rows above the columns and header columns before the rows.
+//
+// Addressing follows the suite's grid control: Text(col, 0) is the column header nearest to the
+// data (the last header level), Text(0, row) is the first row-header column, and Text(0, 0) the
+// corner. Deeper header levels are reached with ColHeader(level, col) — level 0 is the top — and
+// RowHeader(level, row). Counts are kept as cell texts and read back as numbers when incremented.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zl3 {
+
+struct HeaderSpan {
+    int level;     // header row level, 0 = top
+    int firstCol;  // 1-based
+    int count;     // columns covered
+};
+
+class Grid {
+public:
+    Grid() = default;
+    Grid(int cols, int rows) { Resize(cols, rows); }
+
+    int MaxCols() const { return cols_; }
+    int MaxRows() const { return rows_; }
+    void SetMaxCols(int cols) { Resize(cols, rows_); }
+    void SetMaxRows(int rows) { Resize(cols_, rows); }
+    void Resize(int cols, int rows);
+
+    // Number of column-header rows (at least 1) and row-header columns (at least 1).
+    int HeaderRows() const { return headerRows_; }
+    int HeaderCols() const { return headerCols_; }
+    void SetHeaderRows(int levels);
+    void SetHeaderCols(int levels);
+
+    // Cell text; col 0 / row 0 address the headers as described above. Out of range: empty text
+    // on read, ignored on write.
+    std::string Text(int col, int row) const;
+    void SetText(int col, int row, const std::string& text);
+
+    // Column header at `level` (0 = top … HeaderRows()-1 = nearest the data), col 0 = corner.
+    std::string ColHeader(int level, int col) const;
+    void SetColHeader(int level, int col, const std::string& text);
+    // Row header in row-header column `level` (0 = first), for row 1..MaxRows().
+    std::string RowHeader(int level, int row) const;
+    void SetRowHeader(int level, int row, const std::string& text);
+
+    // Header cells merged across columns (the band and "Nombre"/"Pourcentage" headers).
+    const std::vector<HeaderSpan>& Spans() const { return spans_; }
+    void AddSpan(int level, int firstCol, int count) { spans_.push_back({level, firstCol, count}); }
+
+    // Numeric value of a cell: its text read as a number, 0 when empty or not a number.
+    long long Number(int col, int row) const;
+    // Adds `by` to the cell read as a number and writes the sum back as text.
+    void Increment(int col, int row, long long by = 1);
+
+    // Inserts `count` empty rows before row `at` (1-based; MaxRows()+1 appends).
+    void InsertRows(int at, int count = 1);
+    void DeleteRows(int at, int count = 1);
+    // Inserts / deletes data columns; header texts of the moved columns move with them.
+    void InsertCols(int at, int count = 1);
+    void DeleteCols(int at, int count = 1);
+
+    // Empties every data cell and row header, keeping the column headers (a new search).
+    void ClearData();
+
+    // Every text of the grid, for comparing a grid before and after an operation.
+    bool operator==(const Grid& other) const;
+
+private:
+    int cols_ = 0;
+    int rows_ = 0;
+    int headerRows_ = 1;
+    int headerCols_ = 1;
+    // cells_[row-1][col-1]
+    std::vector<std::vector<std::string>> cells_;
+    // colHeaders_[level][col] with col 0 = corner
+    std::vector<std::vector<std::string>> colHeaders_{std::vector<std::string>(1)};
+    // rowHeaders_[level][row-1]
+    std::vector<std::vector<std::string>> rowHeaders_{std::vector<std::string>()};
+    std::vector<HeaderSpan> spans_;
+};
+
+}  // namespace zl3
