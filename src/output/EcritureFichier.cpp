@@ -1,0 +1,196 @@
+#include "EcritureFichier.h"
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <random>
+
+namespace zl3 {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Paths are UTF-8 inside the program; std::filesystem needs to be told so (Windows).
+fs::path CheminNatif(const std::string& utf8) {
+    return fs::path(std::u8string(utf8.begin(), utf8.end()));
+}
+
+std::string TexteChemin(const fs::path& p) {
+    const std::u8string u = p.u8string();
+    return std::string(u.begin(), u.end());
+}
+
+// A name of the target folder that no other export is using: "~" & file name & "." & 16 hex
+// digits & ".tmp". The leading "~" keeps it out of the way in a listing sorted by name.
+fs::path NomTemporaire(const fs::path& cible) {
+    static std::atomic<uint64_t> compteur{0};
+    static const uint64_t graine = [] {
+        std::random_device rd;
+        return (static_cast<uint64_t>(rd()) << 32) ^ rd();
+    }();
+    const uint64_t temps =
+        static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+    uint64_t v = graine ^ (temps * 0x9E3779B97F4A7C15ULL) ^ (++compteur * 0xBF58476D1CE4E5B9ULL);
+    static const char kHex[] = "0123456789abcdef";
+    std::string suffixe(16, '0');
+    for (int i = 15; i >= 0; --i, v >>= 4) suffixe[static_cast<size_t>(i)] = kHex[v & 0xF];
+    fs::path nom = cible.filename();
+    nom = fs::path(u8"~") += nom;
+    nom += u8".";
+    nom += suffixe;
+    nom += u8".tmp";
+    return cible.parent_path() / nom;
+}
+
+// Buffered sink over the temporary file; remembers the first failure.
+class SortieTamponnee : public SortieFichier {
+public:
+    explicit SortieTamponnee(std::ofstream& f) : f_(f) { tampon_.reserve(kTaille); }
+    void Ecrit(std::string_view octets) override {
+        if (tampon_.size() + octets.size() > kTaille) Vide();
+        if (octets.size() >= kTaille)
+            f_.write(octets.data(), static_cast<std::streamsize>(octets.size()));
+        else
+            tampon_.append(octets);
+    }
+    void Vide() {
+        if (!tampon_.empty()) f_.write(tampon_.data(), static_cast<std::streamsize>(tampon_.size()));
+        tampon_.clear();
+    }
+
+private:
+    static constexpr size_t kTaille = 1 << 20;
+    std::ofstream& f_;
+    std::string tampon_;
+};
+
+}  // namespace
+
+ResultatEcriture EcritFichierAtomique(const std::string& chemin,
+                                      const ProducteurFichier& producteur) {
+    if (chemin.empty()) return ResultatEcriture::Echec("Nom de fichier vide");
+    const fs::path cible = CheminNatif(chemin);
+    std::error_code ec;
+    if (fs::is_directory(cible, ec))
+        return ResultatEcriture::Echec("'" + chemin + "' est un dossier");
+    if (cible.filename().empty())
+        return ResultatEcriture::Echec("Nom de fichier absent dans '" + chemin + "'");
+
+    const fs::path temporaire = NomTemporaire(cible);
+    auto abandonne = [&](const std::string& texte) {
+        std::error_code ignore;
+        fs::remove(temporaire, ignore);
+        return ResultatEcriture::Echec(texte);
+    };
+
+    std::ofstream f;
+    f.open(temporaire, std::ios::binary | std::ios::trunc);
+    if (!f) {
+        const int err = errno;
+        const fs::path dossier = cible.parent_path().empty() ? fs::path(".") : cible.parent_path();
+        return ResultatEcriture::Echec("Impossible de créer un fichier dans le dossier '" +
+                                       TexteChemin(dossier) + "' (" + std::strerror(err) + ")");
+    }
+    try {
+        SortieTamponnee sortie(f);
+        std::string erreur;
+        if (!producteur(sortie, erreur)) {
+            f.close();
+            return abandonne(erreur.empty() ? "Ecriture abandonnée" : erreur);
+        }
+        sortie.Vide();
+        f.flush();
+        if (!f) {
+            const int err = errno;
+            f.close();
+            return abandonne("Erreur d'écriture du fichier '" + chemin + "' (" +
+                             std::strerror(err) + ")");
+        }
+        f.close();
+        if (!f) return abandonne("Erreur à la fermeture du fichier '" + chemin + "'");
+    } catch (const std::bad_alloc&) {
+        f.close();
+        return abandonne("Mémoire insuffisante pour écrire le fichier '" + chemin + "'");
+    } catch (const std::exception& e) {
+        f.close();
+        return abandonne("Erreur d'écriture du fichier '" + chemin + "' (" + e.what() + ")");
+    }
+
+    fs::rename(temporaire, cible, ec);
+    if (ec)
+        return abandonne("Impossible de nommer le fichier '" + chemin + "' (" + ec.message() + ")");
+    return ResultatEcriture::Succes();
+}
+
+ResultatEcriture EcritFichierAtomique(const std::string& chemin, std::string_view contenu) {
+    return EcritFichierAtomique(chemin, [contenu](SortieFichier& sortie, std::string&) {
+        sortie.Ecrit(contenu);
+        return true;
+    });
+}
+
+// ---- UTF-8 ----------------------------------------------------------------------------------
+
+char32_t LitCaractereUtf8(std::string_view texte, size_t& pos) {
+    const auto octet = [&](size_t i) { return static_cast<unsigned char>(texte[i]); };
+    const unsigned char b0 = octet(pos);
+    if (b0 < 0x80) {
+        ++pos;
+        return b0;
+    }
+    int suite;
+    char32_t c;
+    char32_t minimum;
+    if (b0 >= 0xC2 && b0 <= 0xDF) {
+        suite = 1;
+        c = b0 & 0x1F;
+        minimum = 0x80;
+    } else if (b0 >= 0xE0 && b0 <= 0xEF) {
+        suite = 2;
+        c = b0 & 0x0F;
+        minimum = 0x800;
+    } else if (b0 >= 0xF0 && b0 <= 0xF4) {
+        suite = 3;
+        c = b0 & 0x07;
+        minimum = 0x10000;
+    } else {
+        ++pos;  // continuation byte out of place, or a lead byte that UTF-8 never uses
+        return kCaractereRemplacement;
+    }
+    size_t i = pos + 1;
+    for (int k = 0; k < suite; ++k, ++i) {
+        if (i >= texte.size() || (octet(i) & 0xC0) != 0x80) {
+            pos = i;  // cut sequence: the bytes read so far stand for one bad character
+            return kCaractereRemplacement;
+        }
+        c = (c << 6) | (octet(i) & 0x3F);
+    }
+    pos = i;
+    if (c < minimum || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) return kCaractereRemplacement;
+    return c;
+}
+
+void AjouteUtf8(std::string& sortie, char32_t c) {
+    if (c < 0x80) {
+        sortie += static_cast<char>(c);
+    } else if (c < 0x800) {
+        sortie += static_cast<char>(0xC0 | (c >> 6));
+        sortie += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        sortie += static_cast<char>(0xE0 | (c >> 12));
+        sortie += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        sortie += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        sortie += static_cast<char>(0xF0 | (c >> 18));
+        sortie += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        sortie += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        sortie += static_cast<char>(0x80 | (c & 0x3F));
+    }
+}
+
+}  // namespace zl3

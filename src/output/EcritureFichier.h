@@ -1,0 +1,48 @@
+// Shared plumbing of the export file writers: the result they return, the write-then-rename of
+// the finished file, and the UTF-8 decoding both writers need to re-encode cell texts.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace zl3 {
+
+// Outcome of a file writer: on failure `erreur` holds a French text fit for a log line.
+struct ResultatEcriture {
+    bool ok = false;
+    std::string erreur;
+
+    static ResultatEcriture Succes() { return {true, {}}; }
+    static ResultatEcriture Echec(std::string texte) { return {false, std::move(texte)}; }
+};
+
+// Writes `contenu` to `chemin` (UTF-8 path) through a temporary file of the same folder that is
+// renamed over the final name once completely written and closed. On any failure the temporary
+// file is removed and an existing file under the final name is left as it was.
+ResultatEcriture EcritFichierAtomique(const std::string& chemin, std::string_view contenu);
+
+// The same for a writer that produces its bytes in pieces: `producteur` writes them to the
+// sink it is given and returns false, with its error text, to abandon the file.
+class SortieFichier {
+public:
+    virtual ~SortieFichier() = default;
+    virtual void Ecrit(std::string_view octets) = 0;
+};
+using ProducteurFichier = std::function<bool(SortieFichier& sortie, std::string& erreur)>;
+ResultatEcriture EcritFichierAtomique(const std::string& chemin,
+                                      const ProducteurFichier& producteur);
+
+// UTF-8 decoding for re-encoding texts. Every malformed sequence (stray continuation byte, cut or
+// overlong sequence, encoded surrogate, value above U+10FFFF) yields one U+FFFD, the way text
+// editors show bytes they cannot read, so that a damaged text stays visible instead of vanishing.
+inline constexpr char32_t kCaractereRemplacement = 0xFFFD;
+
+// Decodes the character starting at `texte[pos]` and advances `pos` past it.
+char32_t LitCaractereUtf8(std::string_view texte, size_t& pos);
+
+// Appends `c` to `sortie` in UTF-8.
+void AjouteUtf8(std::string& sortie, char32_t c);
+
+}  // namespace zl3

@@ -1,0 +1,82 @@
+// Test support: a private machine root per test, fresh shell state, and scripted services (a
+// manual clock, a message box that records and answers from a script, an event loop and a shell
+// that record their calls). Nothing a test does reaches outside its root folder.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+
+#include "Etat.h"
+#include "Lib_Config.h"
+#include "Lib_Public.h"
+#include "Lib_Systeme.h"
+#include "Services.h"
+
+namespace zl3::test {
+
+inline std::string NewTempDir(const std::string& tag) {
+    namespace fs = std::filesystem;
+    static std::mt19937_64 rng{std::random_device{}()};
+    const fs::path base = fs::temp_directory_path() / "zl3-tests";
+    fs::create_directories(base);
+    for (;;) {
+        const fs::path p = base / (tag + "-" + std::to_string(rng() % 100000000));
+        std::error_code ec;
+        if (fs::create_directory(p, ec)) return p.string() + "/";
+    }
+}
+
+inline std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+inline void WriteFile(const std::string& path, const std::string& bytes) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << bytes;
+}
+
+// Fixture: its own root (ZELVAR_ROOT), a manual clock, scripted message box, recording shell and
+// event loop, fresh trace/configuration/application state. The root is removed afterwards.
+class SiteTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        root_ = NewTempDir(::testing::UnitTest::GetInstance()->current_test_info()->name());
+        sys::SetZelvarRoot(root_);
+        ResetTrace();
+        ResetConfig();
+        ResetEtat();
+        scoped_ = std::make_unique<ScopedServices>(Services{&box, &clock, &events, &shell});
+    }
+    void TearDown() override {
+        scoped_.reset();
+        ResetTrace();
+        ResetConfig();
+        ResetEtat();
+        std::error_code ec;
+        std::filesystem::remove_all(root_, ec);
+    }
+    // Native path of a suite path ("C:\AudioLog\") under this test's root.
+    std::string P(const std::string& suitePath) const { return sys::NativePath(suitePath); }
+    const std::string& Root() const { return root_; }
+
+    ManualClock clock{DateTime{2026, 11, 3, 10, 15, 0, 0}};
+    ScriptedMessageBox box;
+    CountingEventLoop events;
+    RecordingShell shell;
+
+private:
+    std::string root_;
+    std::unique_ptr<ScopedServices> scoped_;
+};
+
+}  // namespace zl3::test

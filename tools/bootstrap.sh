@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that the build and the tests need. Idempotent: when everything is
+# already there it only checks, quietly, and returns at once.
+set -euo pipefail
+
+PACKAGES=(
+    # build
+    build-essential cmake ninja-build pkg-config
+    # libraries
+    qt6-base-dev libsqlite3-dev libcurl4-openssl-dev
+    # tests
+    libgtest-dev libgmock-dev
+    ffmpeg            # writes the real WMA files the tag reader is tested on
+    python3 python3-xlrd python3-mutagen   # independent readers for .xls and ASF checks
+    # fuzzing (libFuzzer) and sanitizers with clang
+    clang libclang-rt-14-dev
+)
+
+missing=()
+for p in "${PACKAGES[@]}"; do
+    if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+        missing+=("$p")
+    fi
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+SUDO=""
+[ "$(id -u)" -ne 0 ] && SUDO="sudo"
+echo "bootstrap: installing ${missing[*]}"
+$SUDO apt-get update -qq
+DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
