@@ -38,8 +38,8 @@ struct Field {
 
 struct Layout {
     std::string_view name;
-    int catalogueIndex = -1;     // index of the file in the database catalogue
-    std::size_t length = 0;      // size of the structure: its fields and the gaps between them
+    int catalogueIndex = -1;       // index of the file in the database catalogue
+    std::size_t length = 0;        // size of the structure: its fields and the gaps between them
     std::size_t recordLength = 0;  // record length the file is created with
     std::span<const Field> fields;
 
@@ -122,7 +122,8 @@ consteval Field Join(const Field& first, const Field& last, std::string_view nam
 // Bytes covered by fields.
 constexpr std::size_t CoveredLength(const Layout& layout) {
     std::size_t n = 0;
-    for (const Field& f : layout.fields) n += f.length;
+    for (const Field& f : layout.fields)
+        n += f.length;
     return n;
 }
 

@@ -11,16 +11,18 @@
 
 namespace zl3::rec {
 
-inline constexpr std::array kAllLayouts{
-    Morceau::kLayout,    HistoriqueDiffusion::kLayout, EvenementMusical::kLayout,
-    Artiste::kLayout,    Categorie::kLayout,           MorceauCles::kLayout,
-    Pointeurs::kLayout,  MorceauInfos::kLayout,        ConducteurPub::kLayout,
-    LogPub::kLayout,     MessagePub::kLayout,          EnteteContrat::kLayout,
-    Commercial::kLayout, SecteurActivite::kLayout,     Client::kLayout,
-    EnteteSpot::kLayout,
+inline constexpr std::array<const Layout*, 16> kAllLayouts{
+    &Morceau::kLayout,    &HistoriqueDiffusion::kLayout, &EvenementMusical::kLayout,
+    &Artiste::kLayout,    &Categorie::kLayout,           &MorceauCles::kLayout,
+    &Pointeurs::kLayout,  &MorceauInfos::kLayout,        &ConducteurPub::kLayout,
+    &LogPub::kLayout,     &MessagePub::kLayout,          &EnteteContrat::kLayout,
+    &Commercial::kLayout, &SecteurActivite::kLayout,     &Client::kLayout,
+    &EnteteSpot::kLayout,
 };
 
-constexpr std::span<const Layout> AllLayouts() { return kAllLayouts; }
+constexpr std::span<const Layout* const> AllLayouts() {
+    return kAllLayouts;
+}
 
 // The layout of catalogue file `catalogueIndex`; nullptr for a file without a known layout.
 const Layout* FindLayout(int catalogueIndex);

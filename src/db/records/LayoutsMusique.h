@@ -34,11 +34,12 @@ inline constexpr auto kFields = decl::Place({
     decl::Text("QuotaFlag", 1, 107),     // "O" French, "1" new talent, "N" foreign, "-" instrumental
     decl::Text("Champ108", 5, 108),
     decl::Block("Champ113", 75, 113),
-    // From offset 188 the fields follow one another by their widths (80 fields, which with the
-    // 20 above make the record's 100). The widths land exactly on the places the call layer and
-    // the statistics rely on (218, 432, 465, 856) and fill the record to 900 bytes, with the
-    // int16 at the even offset 854, so the record has no gap. The offsets given below are those
-    // checkpoints: a width out of place would move them and fail to compile.
+    // From offset 188 the fields follow one another by their widths: 80 fields, which with the
+    // 20 above make the record's 100. The widths land exactly on the places that the call layer
+    // and the statistics rely on (218, 432, 465, 856), put the int16 at the even offset 854 and
+    // fill the record to 900 bytes, so the track record has no gap. Those four places are given
+    // as offsets: a width too many would overlap one of them and not compile, a width too few
+    // would leave a gap, which the check after the table refuses.
     decl::Text("Champ188", 4), decl::Text("Champ192", 3), decl::Text("Champ195", 5),
     decl::Text("Champ200", 5), decl::Text("Champ205", 1), decl::Text("Champ206", 1),
     decl::Text("Champ207", 1), decl::Text("Champ208", 10),
@@ -78,6 +79,8 @@ inline constexpr auto kFields = decl::Place({
 // clang-format on
 
 inline constexpr Layout kLayout{"Morceau", 22, 900, 900, kFields};
+static_assert(kFields.size() == 100 && CoveredLength(kLayout) == kLayout.length,
+              "the track record's fields must fill its 900 bytes");
 
 inline constexpr Field CleMorceau = decl::Named(kFields, "CleMorceau");
 inline constexpr Field CodesArtistes = decl::Named(kFields, "CodesArtistes");

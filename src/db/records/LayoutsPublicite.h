@@ -258,8 +258,8 @@ inline constexpr auto kFields = decl::Place({
 
 inline constexpr Layout kLayout{"EnteteSpot", 6, 404, 400, kFields};
 
-inline constexpr Field Cle = Join(decl::Named(kFields, "Champ000"),
-                                  decl::Named(kFields, "Champ006"), "Cle");
+inline constexpr Field Cle =
+    Join(decl::Named(kFields, "Champ000"), decl::Named(kFields, "Champ006"), "Cle");
 
 }  // namespace EnteteSpot
 

@@ -31,13 +31,18 @@ std::optional<DateTime> DecodePassage(std::string_view entry) {
 std::optional<std::string> EncodePassage(const DateTime& when) {
     if (when.year < kPremiereAnneePassage || when.year > kDerniereAnneePassage) return std::nullopt;
     if (!IsValidDate(when.year, when.month, when.day)) return std::nullopt;
-    if (when.hour < 0 || when.hour > 23 || when.minute < 0 || when.minute > 59 ||
-        when.second < 0 || when.second > 59)
+    if (when.hour < 0 || when.hour > 23 || when.minute < 0 || when.minute > 59 || when.second < 0 ||
+        when.second > 59)
         return std::nullopt;
-    const int values[] = {when.year - kPremiereAnneePassage, when.month, when.day,
-                          when.hour, when.minute, when.second};
+    const int values[] = {when.year - kPremiereAnneePassage,
+                          when.month,
+                          when.day,
+                          when.hour,
+                          when.minute,
+                          when.second};
     std::string entry;
-    for (const int v : values) entry += static_cast<char>(static_cast<unsigned char>(v + kDecalage));
+    for (const int v : values)
+        entry += static_cast<char>(static_cast<unsigned char>(v + kDecalage));
     return entry;
 }
 

@@ -27,8 +27,10 @@ bool Store(Bytes record, const Field& field, std::string_view bytes) {
     CheckInside(record.size(), field);
     const std::size_t n = bytes.size() < field.length ? bytes.size() : field.length;
     std::uint8_t* out = record.data() + field.offset;
-    for (std::size_t i = 0; i < n; ++i) out[i] = static_cast<std::uint8_t>(bytes[i]);
-    for (std::size_t i = n; i < field.length; ++i) out[i] = static_cast<std::uint8_t>(kBlanc);
+    for (std::size_t i = 0; i < n; ++i)
+        out[i] = static_cast<std::uint8_t>(bytes[i]);
+    for (std::size_t i = n; i < field.length; ++i)
+        out[i] = static_cast<std::uint8_t>(kBlanc);
     return bytes.size() > field.length;
 }
 
