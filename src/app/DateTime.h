@@ -33,10 +33,10 @@ DateTime AddDays(const DateTime& d, int64_t days);
 // Whole days from a to b (b − a), ignoring the time of day.
 int64_t DayDiff(const DateTime& a, const DateTime& b);
 
-std::string FormatYYYYMMDD(const DateTime& d);     // "20261121"
+std::string FormatYYYYMMDD(const DateTime& d);                  // "20261121"
 std::string FormatDDMMYYYY(const DateTime& d, char sep = '/');  // "21/11/2026"
-std::string FormatHHMMSS(const DateTime& d);       // "09:05:03"
-std::string FormatDDMM(const DateTime& d);         // "21/11"
+std::string FormatHHMMSS(const DateTime& d);                    // "09:05:03"
+std::string FormatDDMM(const DateTime& d);                      // "21/11"
 // French short day name as rendered by the "ddd" date format: "lun.", "mar.", … "dim.".
 std::string ShortDayName(const DateTime& d);
 // Number on `width` digits with leading zeros ("05").

@@ -12,10 +12,10 @@
 namespace zl3 {
 namespace {
 
-const char* kRadios[] = {"Radio Émeraude", "Fréquence Côte d'Opale", "Horizon FM",
-                         "Radio Bocage", "Ondes du Léman"};
-const char* kVilles[] = {"Lille", "Arras", "Boulogne", "Calais", "Dunkerque", "Saint-Omer",
-                         "Béthune", "Lens", "Douai", "Valenciennes"};
+const char* kRadios[] = {"Radio Émeraude", "Fréquence Côte d'Opale", "Horizon FM", "Radio Bocage",
+                         "Ondes du Léman"};
+const char* kVilles[] = {"Lille",      "Arras",   "Boulogne", "Calais", "Dunkerque",
+                         "Saint-Omer", "Béthune", "Lens",     "Douai",  "Valenciennes"};
 
 std::string DossierConfigDemo(int base, int nbBases) {
     if (nbBases <= 1) return "C:\\Quorvane\\Zelvar\\Config\\";
@@ -42,7 +42,9 @@ bool Dossier(const std::string& cheminSuite, std::string& erreur) {
 
 }  // namespace
 
-std::string DossierDataDemo(int base) { return DossierBaseDemo("C:\\BTRieve\\Data\\", base); }
+std::string DossierDataDemo(int base) {
+    return DossierBaseDemo("C:\\BTRieve\\Data\\", base);
+}
 
 bool CreerSiteDemo(const OptionsSiteDemo& options, std::string& erreur) {
     const int nbBases = std::max(1, std::min(options.bases, kNbMaxBases));
@@ -117,8 +119,8 @@ bool CreerSiteDemo(const OptionsSiteDemo& options, std::string& erreur) {
         for (int t = 0; t < kNbTypesSons; ++t) {
             const std::string sousDossier = std::string(TableSons()[t].section).substr(14);
             const std::string v = "C:\\Sons\\" + suffixe + sousDossier + "\\";
-            if (!Ecrire(TableSons()[t].section, std::string(TableSons()[t].prefixe) + "00", v,
-                        ini, erreur) ||
+            if (!Ecrire(TableSons()[t].section, std::string(TableSons()[t].prefixe) + "00", v, ini,
+                        erreur) ||
                 !Dossier(v, erreur))
                 return false;
         }

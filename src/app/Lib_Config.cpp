@@ -22,9 +22,13 @@ std::string Dossier(const std::string& valeur) {
     return sys::WithTrailingSep(sys::NativePath(valeur));
 }
 
-bool EstOn(const std::string& valeur) { return valeur == "ON"; }  // "on" is not "ON"
+bool EstOn(const std::string& valeur) {
+    return valeur == "ON";
+}  // "on" is not "ON"
 
-std::string Trois(int n) { return PadNumber(n, 3); }
+std::string Trois(int n) {
+    return PadNumber(n, 3);
+}
 
 std::string FichierSysteme(const std::string& dossierConfig) {
     return dossierConfig + "ZL3_Systeme.ini";
@@ -32,7 +36,9 @@ std::string FichierSysteme(const std::string& dossierConfig) {
 
 }  // namespace
 
-std::string Deux(int n) { return PadNumber(n, 2); }
+std::string Deux(int n) {
+    return PadNumber(n, 2);
+}
 
 const std::array<DefinitionDossier, kNbDossiersBase>& TableDossiers() {
     static const std::array<DefinitionDossier, kNbDossiersBase> table = {{
@@ -67,7 +73,9 @@ Configuration& Config() {
     return config;
 }
 
-void ResetConfig() { Config() = Configuration{}; }
+void ResetConfig() {
+    Config() = Configuration{};
+}
 
 namespace {
 
@@ -95,8 +103,8 @@ int DetermineDossierConfig_Bases_Nombre() {
 std::string DetermineDossierConfig_Bases_Dossier(int base) {
     Configuration& c = Config();
     if (c.fichierConfig.empty()) PrepareChemins();
-    std::string v = ReadProfileString("Base_" + Deux(base), "Dossier_Config_Global", "",
-                                      c.fichierConfig);
+    std::string v =
+        ReadProfileString("Base_" + Deux(base), "Dossier_Config_Global", "", c.fichierConfig);
     if (v.empty()) v = ReadProfileString("Quorvane", "Ini_Base_" + Deux(base), "", c.fichierWinIni);
     if (v.empty()) v = c.dossierConfigGlobal;
     if (v.empty()) v = kDefautConfig;
@@ -106,8 +114,8 @@ std::string DetermineDossierConfig_Bases_Dossier(int base) {
 std::string DetermineDossierConfig_Fichier(int base) {
     Configuration& c = Config();
     if (c.fichierConfig.empty()) PrepareChemins();
-    std::string dossier = ReadProfileString("Base_" + Deux(base), "Dossier_Config_Global", "",
-                                            c.fichierConfig);
+    std::string dossier =
+        ReadProfileString("Base_" + Deux(base), "Dossier_Config_Global", "", c.fichierConfig);
     if (!dossier.empty()) {
         dossier = Dossier(dossier);
         TraceLog("Dossier_Config_Global: " + dossier + " /A");
@@ -135,8 +143,8 @@ bool DetermineDossierConfig() {
         const char* cleConfig = c.uncActif ? "INI_ZELVAR_UNC" : "INI_ZELVAR";
         const std::string lu = ReadProfileString("Quorvane", cleConfig, "", c.fichierWinIni);
         c.dossierConfigGlobal = Dossier(lu.empty() ? c.dossierApplication + "Config\\" : lu);
-        TraceLog(std::string("UNC_Actif: ") + (c.uncActif ? "ON" : "0FF") + " " + cleConfig +
-                 ": " + c.dossierConfigGlobal);
+        TraceLog(std::string("UNC_Actif: ") + (c.uncActif ? "ON" : "0FF") + " " + cleConfig + ": " +
+                 c.dossierConfigGlobal);
         if (lu.empty())
             GestErr_Fra(kErrDossierConfigInitialise, identity, true, identity,
                         c.dossierConfigGlobal);
@@ -181,9 +189,9 @@ bool DetermineDossierConfig() {
             // 6. Stations of the base.
             base.nbStation = static_cast<int>(
                 std::clamp<long>(ReadProfileInt("Stations", "Nb_Max", 1, ini), 1, kNbMaxStations));
-            base.lib = c.nbBase == 1 ? c.nomRadio
-                                     : ReadProfileString("Div_radio", "Nom_Radio",
-                                                         "Nom de la radio", ini);
+            base.lib = c.nbBase == 1
+                           ? c.nomRadio
+                           : ReadProfileString("Div_radio", "Nom_Radio", "Nom de la radio", ini);
             WriteProfileString(section, "Lib", base.lib, c.fichierConfig);
             WriteProfileString(section, "Actif", "1", c.fichierConfig);
             WriteProfileString(section, "NbStation", std::to_string(base.nbStation),
@@ -193,8 +201,8 @@ bool DetermineDossierConfig() {
                                c.fichierConfig);
             base.stations.assign(static_cast<size_t>(base.nbStation), ConfigStation{});
             for (int s = 1; s <= base.nbStation; ++s) {
-                base.stations[s - 1].lib = ReadProfileString("Div_Radio", "Station_" + Deux(s),
-                                                             "Station " + Deux(s), ini);
+                base.stations[s - 1].lib =
+                    ReadProfileString("Div_Radio", "Station_" + Deux(s), "Station " + Deux(s), ini);
                 const std::string secStation = section + "_Station_" + Deux(s);
                 WriteProfileString(secStation, "Lib", base.stations[s - 1].lib, c.fichierConfig);
                 WriteProfileString(secStation, "Actif", "1", c.fichierConfig);
@@ -214,8 +222,8 @@ bool DetermineDossierConfig() {
 
             // 8. Sound folders. In network mode they are read from the type's section with
             //    "_UNC" appended to its name.
-            const bool uncSons = EstOn(ReadProfileString("UNC_Actif", "UNC_Actif" + Trois(b),
-                                                         "0FF", ini));
+            const bool uncSons =
+                EstOn(ReadProfileString("UNC_Actif", "UNC_Actif" + Trois(b), "0FF", ini));
             for (int t = 0; t < kNbTypesSons; ++t) {
                 const std::string sec =
                     std::string(TableSons()[t].section) + (uncSons ? "_UNC" : "");
@@ -228,8 +236,8 @@ bool DetermineDossierConfig() {
 
             // 9. Each station's own folder, local or network after Win.ini's switch.
             for (int s = 1; s <= base.nbStation; ++s) {
-                const std::string cle = Deux(s) + "_" +
-                                        (c.uncActif ? "Repertoire_Station_UNC" : "Repertoire_Station");
+                const std::string cle =
+                    Deux(s) + "_" + (c.uncActif ? "Repertoire_Station_UNC" : "Repertoire_Station");
                 const std::string v =
                     ReadProfileString(c.uncActif ? "Repertoires_UNC" : "Repertoires", cle, "", ini);
                 base.stations[s - 1].dossier = v.empty() ? "" : Dossier(v);
@@ -239,11 +247,12 @@ bool DetermineDossierConfig() {
         // 10. Theme advice, once.
         if (sys::ThemeActive() == "0" &&
             ReadProfileString("ThemeWindows", "Msg", "0", c.fichierConfig) == "0") {
-            AffMsg("Le poste utilise le style 'Windows standard'\nPour une avoir une interface "
-                   "optimisée, nous vous conseillons d'utiliser un style 'Windows XP'\nPour faire "
-                   "le changement,  cliquez droit sur le bureau de windows et choisissez "
-                   "'Propriétés'",
-                   kTitreApplication, kMbInformation);
+            AffMsg(
+                "Le poste utilise le style 'Windows standard'\nPour une avoir une interface "
+                "optimisée, nous vous conseillons d'utiliser un style 'Windows XP'\nPour faire "
+                "le changement,  cliquez droit sur le bureau de windows et choisissez "
+                "'Propriétés'",
+                kTitreApplication, kMbInformation);
             WriteProfileString("ThemeWindows", "Msg", "1", c.fichierConfig);
         }
         c.resolue = true;
@@ -260,8 +269,8 @@ std::string NomDossierSettings() {
     Configuration& c = Config();
     try {
         if (c.dossierApplication.empty()) PrepareChemins();
-        const std::string dossier = c.dossierApplication + "Settings" + sys::Sep() +
-                                    "ZL3_Tools_Stats" + sys::Sep();
+        const std::string dossier =
+            c.dossierApplication + "Settings" + sys::Sep() + "ZL3_Tools_Stats" + sys::Sep();
         sys::CheckRep(dossier + "Histo");
         c.dossierSettings = dossier;
         // Settings files of older versions lived in the application folder: move them.
@@ -271,7 +280,8 @@ std::string NomDossierSettings() {
             const std::string nom = it->path().filename().string();
             if (!it->is_regular_file(ec) || nom.rfind("ZL3_Tools_Stats", 0) != 0) continue;
             std::string ext = it->path().extension().string();
-            for (char& ch : ext) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
+            for (char& ch : ext)
+                ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
             if (ext != ".ini") continue;
             const std::string cible = dossier + nom;
             if (sys::FileExists(cible)) continue;

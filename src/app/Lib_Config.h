@@ -15,20 +15,20 @@ inline constexpr int kNbMaxStations = 10;
 
 // The folders of a base, in the order of the folder table.
 enum DossierBase : int {
-    kRepLog = 0,      // REPLOG        -> Dossier_Log
-    kRepLogPub,       // REPLOGPUB     -> Dossier_Log_Pub
-    kRepBlocNotes,    // REPBLOCNOTES  -> Dossier_Notes
-    kRepLocal,        // REPLOCAL      -> Dossier_Local
-    kRepPartage,      // REPPARTAGE    -> Dossier_Shared
-    kRepBtr,          // REPBTR        -> Dossier_Data
-    kRepSauvegarde,   // REPSAUVEGARDE -> Dossier_Data_Backup
+    kRepLog = 0,     // REPLOG        -> Dossier_Log
+    kRepLogPub,      // REPLOGPUB     -> Dossier_Log_Pub
+    kRepBlocNotes,   // REPBLOCNOTES  -> Dossier_Notes
+    kRepLocal,       // REPLOCAL      -> Dossier_Local
+    kRepPartage,     // REPPARTAGE    -> Dossier_Shared
+    kRepBtr,         // REPBTR        -> Dossier_Data
+    kRepSauvegarde,  // REPSAUVEGARDE -> Dossier_Data_Backup
     kNbDossiersBase
 };
 
 struct DefinitionDossier {
-    const char* cle;         // key in "Repertoires" / "Repertoires_UNC" / "UNC_Actif"
-    const char* defaut;      // default value ("" = the application folder)
-    const char* cleCopie;    // key written in the tool's copy
+    const char* cle;       // key in "Repertoires" / "Repertoires_UNC" / "UNC_Actif"
+    const char* defaut;    // default value ("" = the application folder)
+    const char* cleCopie;  // key written in the tool's copy
 };
 const std::array<DefinitionDossier, kNbDossiersBase>& TableDossiers();
 
@@ -55,15 +55,15 @@ struct ConfigBase {
 };
 
 struct Configuration {
-    std::string dossierApplication;   // native, trailing separator
+    std::string dossierApplication;  // native, trailing separator
     std::string fichierWinIni;
     std::string fichierConfig;        // <application folder>Settings/ZL3_Config.ini
     bool uncActif = false;            // Win.ini UNC_Actif is exactly "ON"
     std::string dossierConfigGlobal;  // native, trailing separator
     int nbBase = 1;
     std::string nomRadio;
-    std::vector<ConfigBase> bases;    // bases[0] is base 1
-    std::string dossierSettings;      // per-user settings folder (NomDossierSettings)
+    std::vector<ConfigBase> bases;  // bases[0] is base 1
+    std::string dossierSettings;    // per-user settings folder (NomDossierSettings)
     bool resolue = false;
 };
 

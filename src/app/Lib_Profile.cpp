@@ -43,8 +43,10 @@ bool LoadLines(const std::string& file, std::vector<Line>& lines) {
 std::string Trim(const std::string& s) {
     size_t a = 0;
     size_t b = s.size();
-    while (a < b && (s[a] == ' ' || s[a] == '\t')) ++a;
-    while (b > a && (s[b - 1] == ' ' || s[b - 1] == '\t' || s[b - 1] == '\r')) --b;
+    while (a < b && (s[a] == ' ' || s[a] == '\t'))
+        ++a;
+    while (b > a && (s[b - 1] == ' ' || s[b - 1] == '\t' || s[b - 1] == '\r'))
+        --b;
     return s.substr(a, b - a);
 }
 
@@ -90,7 +92,8 @@ bool SaveLines(const std::string& file, const std::vector<Line>& lines) {
     {
         std::ofstream out(tmp, std::ios::binary | std::ios::trunc);
         if (!out) return false;
-        for (const Line& l : lines) out << l.text << l.eol;
+        for (const Line& l : lines)
+            out << l.text << l.eol;
         out.flush();
         if (!out) {
             std::error_code ec;
@@ -153,8 +156,8 @@ bool WriteProfileString(const std::string& section, const std::string& key,
     const std::string k = Utf8ToCp1252(key);
     const std::string newLine = k + "=" + Utf8ToCp1252(value);
 
-    int sectionStart = -1;  // index of the section's header line
-    int lastInSection = -1; // index of the last key line of the section
+    int sectionStart = -1;   // index of the section's header line
+    int lastInSection = -1;  // index of the last key line of the section
     bool inSection = false;
     for (size_t i = 0; i < lines.size(); ++i) {
         std::string name;

@@ -18,7 +18,9 @@ namespace {
 const char* kHeaderRule = "==:==:==:====:=:=:=:===========================================";
 const char* kHeaderPrefix = "==:==:==:====:=:=:=:";
 
-Clock& Clk() { return *Svc().clock; }
+Clock& Clk() {
+    return *Svc().clock;
+}
 
 std::string Field(int value) {
     if (value < 0) return " :";
@@ -61,7 +63,8 @@ void AppendLine(const std::string& line) {
 
 bool IsLogFile(const fs::path& p) {
     std::string ext = p.extension().string();
-    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    for (char& c : ext)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     return ext == ".log";
 }
 
@@ -90,7 +93,9 @@ TraceState& Trace() {
     return state;
 }
 
-void ResetTrace() { Trace() = TraceState{}; }
+void ResetTrace() {
+    Trace() = TraceState{};
+}
 
 void SetDossierLog(int index, const std::string& folder) {
     Trace().logFolders.at(static_cast<size_t>(index)) = sys::WithTrailingSep(folder);
@@ -173,8 +178,8 @@ void TraceLogForce(const std::string& fileName, bool yesterday, bool header, int
             out.push_back(std::string(kHeaderPrefix) + "App.ProductName: " + kNomProduit);
             out.push_back(std::string(kHeaderPrefix) + "Computer.Name: " + sys::ComputerName());
             out.push_back(std::string(kHeaderPrefix) + "ActiveTheme: " + theme);
-            out.push_back(std::string(kHeaderPrefix) + "Operating System: " +
-                          sys::OperatingSystemName());
+            out.push_back(std::string(kHeaderPrefix) +
+                          "Operating System: " + sys::OperatingSystemName());
             out.push_back(kHeaderRule);
             t.lastHeaderDate = dateKey;
         }
@@ -192,8 +197,10 @@ void TraceLogForce(const std::string& fileName, bool yesterday, bool header, int
         {
             std::ofstream f(path, std::ios::binary | std::ios::app);
             if (f) {
-                for (const std::string& l : out) f << l << "\r\n";
-                for (const std::string& l : t.lines) f << l << "\r\n";
+                for (const std::string& l : out)
+                    f << l << "\r\n";
+                for (const std::string& l : t.lines)
+                    f << l << "\r\n";
             }
             // Lines that cannot be written are lost, as a full disk would lose them.
         }
@@ -318,7 +325,8 @@ std::string Calibre(const std::string& text, int width, const std::string& pad) 
     if (width <= 0) return {};
     const std::string p = pad.empty() ? std::string(" ") : pad.substr(0, 1);
     std::string s = text.substr(0, static_cast<size_t>(width));
-    while (static_cast<int>(s.size()) < width) s += p;
+    while (static_cast<int>(s.size()) < width)
+        s += p;
     return s;
 }
 
@@ -357,7 +365,8 @@ std::string NettoieLibErr(const std::string& text) {
         if (d == ' ' && (out.empty() || out.back() == ' ')) continue;
         out += d;
     }
-    while (!out.empty() && out.back() == ' ') out.pop_back();
+    while (!out.empty() && out.back() == ' ')
+        out.pop_back();
     return out;
 }
 
@@ -366,17 +375,30 @@ std::string Tps2MinSec(long seconds) {
     return std::to_string(seconds / 60) + ":" + PadNumber(seconds % 60, 2);
 }
 
+long PubNoSpot(const std::string& texte) {
+    const std::string t = Trim(texte);
+    long n = 0;
+    for (char c : t) {
+        if (c < '0' || c > '9' || n > 99999999) break;
+        n = n * 10 + (c - '0');
+    }
+    return n;
+}
+
 std::string Trim(const std::string& text) {
     size_t a = 0;
     size_t b = text.size();
-    while (a < b && (text[a] == ' ' || text[a] == '\t' || text[a] == '\r' || text[a] == '\n')) ++a;
-    while (b > a &&
-           (text[b - 1] == ' ' || text[b - 1] == '\t' || text[b - 1] == '\r' || text[b - 1] == '\n'))
+    while (a < b && (text[a] == ' ' || text[a] == '\t' || text[a] == '\r' || text[a] == '\n'))
+        ++a;
+    while (b > a && (text[b - 1] == ' ' || text[b - 1] == '\t' || text[b - 1] == '\r' ||
+                     text[b - 1] == '\n'))
         --b;
     return text.substr(a, b - a);
 }
 
-bool CheckRep(const std::string& folder) { return sys::CheckRep(folder); }
+bool CheckRep(const std::string& folder) {
+    return sys::CheckRep(folder);
+}
 
 void SablierOn() {
     if (Svc().events) Svc().events->SetBusy(true);

@@ -105,6 +105,9 @@ std::string CalibreTexte(const std::string& text, int width, const std::string& 
 std::string NettoieLibErr(const std::string& text);
 // Duration in seconds as minutes and seconds, "m:ss" ("3:07", "12:45", "0:00").
 std::string Tps2MinSec(long seconds);
+// Spot number of an advertising message: the number written in its spot-number field (leading
+// digits after the blanks; 0 when there are none).
+long PubNoSpot(const std::string& texte);
 // Text without leading and trailing blanks.
 std::string Trim(const std::string& text);
 // Makes sure a folder exists (created with its parents); false when it cannot be.

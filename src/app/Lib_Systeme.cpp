@@ -63,7 +63,8 @@ char Sep() {
 std::string WithTrailingSep(const std::string& folder) {
     if (folder.empty()) return folder;
     std::string f = folder;
-    while (f.size() > 1 && (f.back() == '/' || f.back() == '\\')) f.pop_back();
+    while (f.size() > 1 && (f.back() == '/' || f.back() == '\\'))
+        f.pop_back();
     if (f == "/" || f == "\\") return std::string(1, Sep());
     return f + Sep();
 }
@@ -126,7 +127,9 @@ std::string DossierWindows() {
 #endif
 }
 
-std::string FichierWinIni() { return DossierWindows() + "Win.ini"; }
+std::string FichierWinIni() {
+    return DossierWindows() + "Win.ini";
+}
 
 std::string DossierSysteme() {
 #ifdef _WIN32
@@ -145,21 +148,27 @@ std::string DossierApplication() {
     return ExecutableFolder();
 }
 
-std::string NomExecutable() { return "ZL3_Tools_Stats"; }
+std::string NomExecutable() {
+    return "ZL3_Tools_Stats";
+}
 
-std::string FichierTheme() { return DossierWindows() + "ThemeManager.ini"; }
+std::string FichierTheme() {
+    return DossierWindows() + "ThemeManager.ini";
+}
 
 std::string ThemeActive() {
 #ifdef _WIN32
     HKEY key;
     std::string value = "1";
-    if (RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Microsoft\\Windows\\CurrentVersion\\ThemeManager",
-                      0, KEY_READ, &key) == ERROR_SUCCESS) {
+    if (RegOpenKeyExA(HKEY_CURRENT_USER,
+                      "Software\\Microsoft\\Windows\\CurrentVersion\\ThemeManager", 0, KEY_READ,
+                      &key) == ERROR_SUCCESS) {
         char buf[64];
         DWORD size = sizeof buf;
         DWORD type = 0;
         if (RegQueryValueExA(key, "ThemeActive", nullptr, &type, reinterpret_cast<BYTE*>(buf),
-                             &size) == ERROR_SUCCESS && type == REG_SZ)
+                             &size) == ERROR_SUCCESS &&
+            type == REG_SZ)
             value.assign(buf, size > 0 && buf[size - 1] == 0 ? size - 1 : size);
         RegCloseKey(key);
     }

@@ -14,12 +14,15 @@ EtatApplication& Etat() {
     return etat;
 }
 
-void ResetEtat() { Etat() = EtatApplication{}; }
+void ResetEtat() {
+    Etat() = EtatApplication{};
+}
 
 std::string ValeurSwitch(const std::string& text, const std::string& alphabet) {
     const std::string t = Trim(text);
     size_t n = 0;
-    while (n < t.size() && alphabet.find(t[n]) != std::string::npos) ++n;
+    while (n < t.size() && alphabet.find(t[n]) != std::string::npos)
+        ++n;
     return t.substr(0, n);
 }
 

@@ -46,7 +46,9 @@ bool OptionsLigne::Analyse(int argc, char** argv) {
     return true;
 }
 
-bool OptionsLigne::A(const std::string& nom) const { return presents_.count(nom) > 0; }
+bool OptionsLigne::A(const std::string& nom) const {
+    return presents_.count(nom) > 0;
+}
 
 std::optional<std::string> OptionsLigne::Valeur(const std::string& nom) const {
     const auto it = valeurs_.find(nom);
@@ -54,8 +56,7 @@ std::optional<std::string> OptionsLigne::Valeur(const std::string& nom) const {
     return it->second;
 }
 
-bool OptionsLigne::Entier(const std::string& nom, long long min, long long max,
-                          long long& valeur) {
+bool OptionsLigne::Entier(const std::string& nom, long long min, long long max, long long& valeur) {
     const auto v = Valeur(nom);
     if (!v) return true;
     errno = 0;

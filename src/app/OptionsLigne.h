@@ -10,7 +10,7 @@
 namespace zl3 {
 
 class OptionsLigne {
-public:
+  public:
     // `avecValeur`: options that take a value; `drapeaux`: options without one. Anything else
     // (or a missing value) makes Analyse() false with `erreur` set.
     OptionsLigne(std::set<std::string> avecValeur, std::set<std::string> drapeaux);
@@ -23,7 +23,7 @@ public:
     bool Entier(const std::string& nom, long long min, long long max, long long& valeur);
     const std::vector<std::string>& Arguments() const { return arguments_; }
 
-private:
+  private:
     std::set<std::string> avecValeur_;
     std::set<std::string> drapeaux_;
     std::map<std::string, std::string> valeurs_;

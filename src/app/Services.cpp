@@ -11,25 +11,39 @@ namespace zl3 {
 
 std::vector<int> ButtonsOfStyle(int style) {
     switch (style & 0x0F) {
-        case kMbOkCancel: return {kIdOk, kIdCancel};
-        case kMbAbortRetryIgnore: return {kIdAbort, kIdRetry, kIdIgnore};
-        case kMbYesNoCancel: return {kIdYes, kIdNo, kIdCancel};
-        case kMbYesNo: return {kIdYes, kIdNo};
-        case kMbRetryCancel: return {kIdRetry, kIdCancel};
-        default: return {kIdOk};
+        case kMbOkCancel:
+            return {kIdOk, kIdCancel};
+        case kMbAbortRetryIgnore:
+            return {kIdAbort, kIdRetry, kIdIgnore};
+        case kMbYesNoCancel:
+            return {kIdYes, kIdNo, kIdCancel};
+        case kMbYesNo:
+            return {kIdYes, kIdNo};
+        case kMbRetryCancel:
+            return {kIdRetry, kIdCancel};
+        default:
+            return {kIdOk};
     }
 }
 
 std::string ButtonCaption(int answer) {
     switch (answer) {
-        case kIdOk: return "Ok";
-        case kIdCancel: return "Annuler";
-        case kIdAbort: return "Abandonner";
-        case kIdRetry: return "Réessayer";
-        case kIdIgnore: return "Ignorer";
-        case kIdYes: return "Oui";
-        case kIdNo: return "Non";
-        default: return "";
+        case kIdOk:
+            return "Ok";
+        case kIdCancel:
+            return "Annuler";
+        case kIdAbort:
+            return "Abandonner";
+        case kIdRetry:
+            return "Réessayer";
+        case kIdIgnore:
+            return "Ignorer";
+        case kIdYes:
+            return "Oui";
+        case kIdNo:
+            return "Non";
+        default:
+            return "";
     }
 }
 
@@ -63,13 +77,16 @@ SystemShell& DefaultShell() {
 }
 
 Services& Current() {
-    static Services services{&DefaultMessages(), &DefaultClock(), &DefaultEvents(), &DefaultShell()};
+    static Services services{&DefaultMessages(), &DefaultClock(), &DefaultEvents(),
+                             &DefaultShell()};
     return services;
 }
 
 }  // namespace
 
-Services& Svc() { return Current(); }
+Services& Svc() {
+    return Current();
+}
 
 ScopedServices::ScopedServices(const Services& replacement) : previous_(Current()) {
     Services& s = Current();
@@ -79,7 +96,9 @@ ScopedServices::ScopedServices(const Services& replacement) : previous_(Current(
     if (replacement.shell) s.shell = replacement.shell;
 }
 
-ScopedServices::~ScopedServices() { Current() = previous_; }
+ScopedServices::~ScopedServices() {
+    Current() = previous_;
+}
 
 // ---- Clocks ---------------------------------------------------------------------------------
 
@@ -95,11 +114,13 @@ DateTime SystemClock::Now() {
     const auto ms =
         std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() %
         1000;
-    return DateTime{tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour,
+    return DateTime{tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday,          tm.tm_hour,
                     tm.tm_min,         tm.tm_sec,     static_cast<int>(ms)};
 }
 
-int64_t SystemClock::TickCount() { return sys::SystemTickCount(); }
+int64_t SystemClock::TickCount() {
+    return sys::SystemTickCount();
+}
 
 int64_t SystemClock::Stopwatch() {
     return std::chrono::duration_cast<std::chrono::milliseconds>(
@@ -111,7 +132,9 @@ void SystemClock::Sleep(int64_t ms) {
     if (ms > 0) std::this_thread::sleep_for(std::chrono::milliseconds(ms));
 }
 
-ManualClock::ManualClock(DateTime start, int64_t tick) : tick_(tick) { SetNow(start); }
+ManualClock::ManualClock(DateTime start, int64_t tick) : tick_(tick) {
+    SetNow(start);
+}
 
 void ManualClock::SetNow(const DateTime& now) {
     baseMs_ = DaysFromCivil(now.year, now.month, now.day) * 86400000LL +
@@ -161,6 +184,8 @@ int ScriptedMessageBox::Show(const MessageRequest& request) {
     return answer;
 }
 
-bool SystemShell::Open(const std::string& pathOrUrl) { return sys::ShellOpen(pathOrUrl); }
+bool SystemShell::Open(const std::string& pathOrUrl) {
+    return sys::ShellOpen(pathOrUrl);
+}
 
 }  // namespace zl3

@@ -56,7 +56,7 @@ struct MessageRequest {
 // Shows messages and questions. Implementations: the message window of the GUI, the console of
 // the command-line programs, the scripted box of the tests.
 class MessageBoxUi {
-public:
+  public:
     virtual ~MessageBoxUi() = default;
     // Shows the box modally and returns the button pressed (MsgAnswer). A box dismissed without a
     // button (closed, or no user at all) answers CloseButtonAnswer(style).
@@ -65,7 +65,7 @@ public:
 
 // Local wall-clock time, the system tick counter, a stopwatch and sleeping.
 class Clock {
-public:
+  public:
     virtual ~Clock() = default;
     virtual DateTime Now() = 0;
     // Milliseconds since the computer started (GetTickCount).
@@ -77,7 +77,7 @@ public:
 
 // The window system's side: letting pending events run, the busy cursor.
 class EventLoop {
-public:
+  public:
     virtual ~EventLoop() = default;
     virtual void DoEvents() {}
     virtual void SetBusy(bool /*busy*/) {}
@@ -85,7 +85,7 @@ public:
 
 // The shell "Open" action on a file or address.
 class Shell {
-public:
+  public:
     virtual ~Shell() = default;
     virtual bool Open(const std::string& pathOrUrl) = 0;
 };
@@ -103,20 +103,20 @@ Services& Svc();
 
 // Installs some services for the life of the object, restoring the previous ones afterwards.
 class ScopedServices {
-public:
+  public:
     explicit ScopedServices(const Services& replacement);
     ~ScopedServices();
     ScopedServices(const ScopedServices&) = delete;
     ScopedServices& operator=(const ScopedServices&) = delete;
 
-private:
+  private:
     Services previous_;
 };
 
 // ---- Ready-made implementations -------------------------------------------------------------
 
 class SystemClock : public Clock {
-public:
+  public:
     DateTime Now() override;
     int64_t TickCount() override;
     int64_t Stopwatch() override;
@@ -125,8 +125,9 @@ public:
 
 // A clock that only moves when told; Sleep advances it instead of waiting.
 class ManualClock : public Clock {
-public:
-    explicit ManualClock(DateTime start = DateTime{2026, 11, 2, 9, 0, 0, 0}, int64_t tick = 3600000);
+  public:
+    explicit ManualClock(DateTime start = DateTime{2026, 11, 2, 9, 0, 0, 0},
+                         int64_t tick = 3600000);
     DateTime Now() override;
     int64_t TickCount() override { return tick_; }
     int64_t Stopwatch() override { return elapsed_; }
@@ -137,7 +138,7 @@ public:
     int64_t TotalSlept() const { return slept_; }
     int SleepCalls() const { return sleepCalls_; }
 
-private:
+  private:
     int64_t baseMs_;  // wall time as milliseconds since 1970 (local, naive)
     int64_t tick_;
     int64_t elapsed_ = 0;
@@ -147,14 +148,14 @@ private:
 
 // Prints messages on standard error and answers as a box closed without a choice would.
 class ConsoleMessageBox : public MessageBoxUi {
-public:
+  public:
     int Show(const MessageRequest& request) override;
 };
 
 // Records every box shown and answers from a script (first in, first out); when the script is
 // empty, answers as if the box were closed.
 class ScriptedMessageBox : public MessageBoxUi {
-public:
+  public:
     struct Shown {
         MessageRequest request;
         int answer;
@@ -165,13 +166,13 @@ public:
     std::function<void(const MessageRequest&)> onShow;
     std::vector<Shown> shown;
 
-private:
+  private:
     std::vector<int> script_;
     size_t next_ = 0;
 };
 
 class CountingEventLoop : public EventLoop {
-public:
+  public:
     void DoEvents() override {
         ++calls;
         if (onEvents) onEvents();
@@ -183,7 +184,7 @@ public:
 };
 
 class RecordingShell : public Shell {
-public:
+  public:
     bool Open(const std::string& pathOrUrl) override {
         opened.push_back(pathOrUrl);
         return result;
@@ -193,7 +194,7 @@ public:
 };
 
 class SystemShell : public Shell {
-public:
+  public:
     bool Open(const std::string& pathOrUrl) override;
 };
 

@@ -9,7 +9,7 @@ namespace zl3 {
 namespace {
 
 class ConfigTest : public test::SiteTest {
-protected:
+  protected:
     std::string WinIni() { return sys::FichierWinIni(); }
     std::string Copie() { return P("C:\\Quorvane\\Zelvar\\Settings\\ZL3_Config.ini"); }
     void Win(const std::string& key, const std::string& value) {
@@ -86,7 +86,7 @@ TEST_F(ConfigTest, NetworkSwitchesAreExactAndPerFolder) {
     ASSERT_TRUE(CreerSiteDemo(OptionsSiteDemo{1, 1}, err)) << err;
     const std::string cfg = "C:\\Quorvane\\Zelvar\\Config\\";
     Sys(cfg, "UNC_Actif", "REPLOG", "ON");
-    Sys(cfg, "UNC_Actif", "REPBTR", "on");  // lower case is not "ON"
+    Sys(cfg, "UNC_Actif", "REPBTR", "on");                   // lower case is not "ON"
     Sys(cfg, "Repertoires_UNC", "REPLOG", "\\\\SRV\\Logs");  // no trailing separator
     ASSERT_TRUE(DetermineDossierConfig());
     const ConfigBase& b = Config().bases[0];
@@ -136,8 +136,12 @@ TEST_F(ConfigTest, ConfigFileTracesItsOrigin) {
               P("C:\\Quorvane\\Zelvar\\Config\\Base02\\") + "ZL3_Systeme.ini");
     int a = 0, b = 0;
     for (const auto& l : Trace().lines) {
-        if (l.find("Dossier_Config_Global: ") != std::string::npos && l.find(" /A") != std::string::npos) ++a;
-        if (l.find("Dossier_Config_Global: ") != std::string::npos && l.find(" /B") != std::string::npos) ++b;
+        if (l.find("Dossier_Config_Global: ") != std::string::npos &&
+            l.find(" /A") != std::string::npos)
+            ++a;
+        if (l.find("Dossier_Config_Global: ") != std::string::npos &&
+            l.find(" /B") != std::string::npos)
+            ++b;
     }
     EXPECT_EQ(a, 1);
     EXPECT_EQ(b, 1);
@@ -157,9 +161,9 @@ TEST_F(ConfigTest, OldSettingsFileMovesToTheSettingsFolder) {
     const std::string app = P("C:\\Quorvane\\Zelvar\\");
     test::WriteFile(app + "ZL3_Tools_Stats.Ini", "[Export]\r\nDossier=x\r\n");
     test::WriteFile(app + "ZL3_Tools_Stats_Positions.Ini", "old");
-    test::WriteFile(P("C:\\Quorvane\\Zelvar\\Settings\\ZL3_Tools_Stats\\") +
-                        "ZL3_Tools_Stats_Positions.Ini",
-                    "new");
+    test::WriteFile(
+        P("C:\\Quorvane\\Zelvar\\Settings\\ZL3_Tools_Stats\\") + "ZL3_Tools_Stats_Positions.Ini",
+        "new");
     const std::string dir = NomDossierSettings();
     EXPECT_EQ(test::ReadFile(dir + "ZL3_Tools_Stats.Ini"), "[Export]\r\nDossier=x\r\n");
     EXPECT_FALSE(sys::FileExists(app + "ZL3_Tools_Stats.Ini"));

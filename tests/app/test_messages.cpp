@@ -56,7 +56,8 @@ TEST_F(MessagesTest, FailingDialogAnswersAsClosed) {
 
 TEST_F(MessagesTest, QuestionTrimsItsText) {
     box.Script(kIdNo);
-    EXPECT_EQ(Question("  Voulez-vous stopper la recherche ?  ", "T", kMbYesNo | kMbQuestion), kIdNo);
+    EXPECT_EQ(Question("  Voulez-vous stopper la recherche ?  ", "T", kMbYesNo | kMbQuestion),
+              kIdNo);
     EXPECT_EQ(box.shown[0].request.text, "Voulez-vous stopper la recherche ?");
 }
 

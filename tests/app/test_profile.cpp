@@ -7,7 +7,7 @@ namespace zl3 {
 namespace {
 
 class ProfileTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override { dir_ = test::NewTempDir("profile"); }
     void TearDown() override { std::filesystem::remove_all(dir_); }
     std::string F(const std::string& name) { return dir_ + name; }
@@ -27,7 +27,8 @@ TEST_F(ProfileTest, SectionsAndKeysIgnoreCaseAndFirstOccurrenceWins) {
 TEST_F(ProfileTest, DefaultsForMissingFileSectionKeyAndMalformedLines) {
     EXPECT_EQ(ReadProfileString("S", "K", "dflt", F("absent.ini")), "dflt");
     EXPECT_EQ(ReadProfileInt("S", "K", 42, F("absent.ini")), 42);
-    test::WriteFile(F("b.ini"), "garbage line\n[S\nK=1\n[S]\n=novalue\nJunk\nK2\nN=abc\nQ=\"x y\"\n");
+    test::WriteFile(F("b.ini"),
+                    "garbage line\n[S\nK=1\n[S]\n=novalue\nJunk\nK2\nN=abc\nQ=\"x y\"\n");
     EXPECT_EQ(ReadProfileString("S", "K", "d", F("b.ini")), "d");  // "[S" is no section header
     EXPECT_EQ(ReadProfileString("S", "K2", "d", F("b.ini")), "d");
     EXPECT_EQ(ReadProfileInt("S", "N", 3, F("b.ini")), 3);
@@ -58,8 +59,8 @@ TEST_F(ProfileTest, WritingOneKeyKeepsEveryOtherByte) {
 }
 
 TEST_F(ProfileTest, AccentedValuesAreWindows1252OnDisk) {
-    ASSERT_TRUE(WriteProfileString("Div_Radio", "Station_01", "Fréquence Côte d'Opale – €",
-                                   F("e.ini")));
+    ASSERT_TRUE(
+        WriteProfileString("Div_Radio", "Station_01", "Fréquence Côte d'Opale – €", F("e.ini")));
     const std::string raw = test::ReadFile(F("e.ini"));
     EXPECT_NE(raw.find("Station_01=Fr\xE9quence C\xF4te d'Opale \x96 \x80"), std::string::npos);
     EXPECT_EQ(ReadProfileString("div_radio", "station_01", "", F("e.ini")),
@@ -84,7 +85,8 @@ TEST(Cp1252, ConversionsBothWays) {
     EXPECT_EQ(replaced, 3);
     // Every byte survives the round trip, undefined ones included.
     std::string all;
-    for (int b = 1; b < 256; ++b) all += static_cast<char>(b);
+    for (int b = 1; b < 256; ++b)
+        all += static_cast<char>(b);
     EXPECT_EQ(Utf8ToCp1252(Cp1252ToUtf8(all)), all);
     EXPECT_EQ(Utf8ToCp1252("\xFF\xFE", &replaced), "??");  // malformed UTF-8
     EXPECT_EQ(replaced, 2);

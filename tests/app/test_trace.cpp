@@ -10,7 +10,7 @@ namespace zl3 {
 namespace {
 
 class TraceTest : public test::SiteTest {
-protected:
+  protected:
     void SetUp() override {
         SiteTest::SetUp();
         logDir_ = P("C:\\AudioLog\\");
@@ -179,7 +179,8 @@ TEST_F(TraceTest, RebootAdviceLatchesWithTheirThresholds) {
     const std::string log = test::ReadFile(logDir_ + "20261103.Log");
     auto count = [&](const std::string& s) {
         size_t n = 0;
-        for (size_t p = log.find(s); p != std::string::npos; p = log.find(s, p + 1)) ++n;
+        for (size_t p = log.find(s); p != std::string::npos; p = log.find(s, p + 1))
+            ++n;
         return n;
     };
     EXPECT_EQ(count("Reboot needed because computer started since more 45 days"), 1u);

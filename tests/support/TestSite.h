@@ -48,7 +48,7 @@ inline void WriteFile(const std::string& path, const std::string& bytes) {
 // Fixture: its own root (ZELVAR_ROOT), a manual clock, scripted message box, recording shell and
 // event loop, fresh trace/configuration/application state. The root is removed afterwards.
 class SiteTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         root_ = NewTempDir(::testing::UnitTest::GetInstance()->current_test_info()->name());
         sys::SetZelvarRoot(root_);
@@ -74,7 +74,7 @@ protected:
     CountingEventLoop events;
     RecordingShell shell;
 
-private:
+  private:
     std::string root_;
     std::unique_ptr<ScopedServices> scoped_;
 };
