@@ -19,19 +19,19 @@ namespace zl3 {
 class WmaSource;  // where the bytes come from: a file on disk or a buffer in memory
 
 class Cls_WMATag {
-public:
+  public:
     // Identity of the read, under which its errors are traced ("Err: " & number & …).
     static constexpr const char* kIdentite = "Cls_WMATag:ReadWMATags";
 
     // Numbers of the traced errors, those of the Basic run-time errors they stand for.
     enum Erreur : long {
-        kErrDepassement = 6,       // more tags than the 16-bit tag count can hold
-        kErrMemoire = 7,           // tag texts past their memory budget
+        kErrDepassement = 6,  // more tags than the 16-bit tag count can hold
+        kErrMemoire = 7,      // tag texts past their memory budget
         kErrFichierIntrouvable = 53,
-        kErrEntreeSortie = 57,     // the system failed to read bytes that exist
-        kErrFinDeLecture = 62,     // a read runs past the end of the header (or of the file)
-        kErrAccesFichier = 75,     // the name exists but is not a file that can be read
-        kErrFormat = 321,          // an object too small to hold its own fixed start
+        kErrEntreeSortie = 57,  // the system failed to read bytes that exist
+        kErrFinDeLecture = 62,  // a read runs past the end of the header (or of the file)
+        kErrAccesFichier = 75,  // the name exists but is not a file that can be read
+        kErrFormat = 321,       // an object too small to hold its own fixed start
     };
 
     // The header is looked for at byte positions 1 to 2000 (1-based): up to 1999 bytes of
@@ -42,6 +42,8 @@ public:
     // Budget of the tag texts kept in memory (UTF-8 bytes, names and values together).
     static constexpr std::size_t kMaxOctetsTags = 16u * 1024u * 1024u;
 
+    // The file to read: a native path, or a path as the suite writes it ("D:\Musique\…"),
+    // mapped to the native one as everywhere in the tool.
     const std::string& Filename() const { return filename_; }
     void SetFilename(const std::string& filename) { filename_ = filename; }
 
@@ -62,6 +64,8 @@ public:
     int TagCount() const { return static_cast<int>(tags_.size()); }
     // Names of all tags, in list order (duplicates included).
     std::vector<std::string> TagDescriptors() const;
+    // Values of all tags, in list order: TagValues()[i] belongs to TagDescriptors()[i].
+    std::vector<std::string> TagValues() const;
     // Value of the first tag whose name equals `name` without regard to case; "" when none does.
     std::string TagByDescriptor(const std::string& name) const;
 
@@ -70,7 +74,7 @@ public:
     // and 16-bit fields, the last two groups byte by byte.
     static std::string ByteArrayToGUID(std::span<const std::uint8_t, 16> bytes);
 
-private:
+  private:
     bool Lire(WmaSource& source);
     void ParcourirEnTete(WmaSource& source, std::uint64_t debutEnTete);
 
