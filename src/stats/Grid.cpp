@@ -9,9 +9,13 @@ void Grid::Resize(int cols, int rows) {
     cols = std::max(cols, 0);
     rows = std::max(rows, 0);
     cells_.resize(rows);
-    for (auto& r : cells_) r.resize(cols);
-    for (auto& h : colHeaders_) h.resize(cols + 1);
-    for (auto& h : rowHeaders_) h.resize(rows);
+    for (auto& r : cells_)
+        r.resize(cols);
+    for (auto& h : colHeaders_)
+        h.resize(cols + 1);
+    for (auto& h : rowHeaders_)
+        h.resize(rows);
+    widths_.resize(cols + 1);
     cols_ = cols;
     rows_ = rows;
 }
@@ -88,7 +92,8 @@ void Grid::InsertRows(int at, int count) {
     if (count <= 0) return;
     at = std::clamp(at, 1, rows_ + 1);
     cells_.insert(cells_.begin() + (at - 1), count, std::vector<std::string>(cols_));
-    for (auto& h : rowHeaders_) h.insert(h.begin() + (at - 1), count, std::string());
+    for (auto& h : rowHeaders_)
+        h.insert(h.begin() + (at - 1), count, std::string());
     rows_ += count;
 }
 
@@ -96,41 +101,60 @@ void Grid::DeleteRows(int at, int count) {
     if (count <= 0 || at < 1 || at > rows_) return;
     count = std::min(count, rows_ - at + 1);
     cells_.erase(cells_.begin() + (at - 1), cells_.begin() + (at - 1 + count));
-    for (auto& h : rowHeaders_) h.erase(h.begin() + (at - 1), h.begin() + (at - 1 + count));
+    for (auto& h : rowHeaders_)
+        h.erase(h.begin() + (at - 1), h.begin() + (at - 1 + count));
     rows_ -= count;
 }
 
 void Grid::InsertCols(int at, int count) {
     if (count <= 0) return;
     at = std::clamp(at, 1, cols_ + 1);
-    for (auto& r : cells_) r.insert(r.begin() + (at - 1), count, std::string());
-    for (auto& h : colHeaders_) h.insert(h.begin() + at, count, std::string());
+    for (auto& r : cells_)
+        r.insert(r.begin() + (at - 1), count, std::string());
+    for (auto& h : colHeaders_)
+        h.insert(h.begin() + at, count, std::string());
     for (auto& s : spans_)
         if (s.firstCol >= at) s.firstCol += count;
+    widths_.insert(widths_.begin() + at, count, 0);
     cols_ += count;
 }
 
 void Grid::DeleteCols(int at, int count) {
     if (count <= 0 || at < 1 || at > cols_) return;
     count = std::min(count, cols_ - at + 1);
-    for (auto& r : cells_) r.erase(r.begin() + (at - 1), r.begin() + (at - 1 + count));
-    for (auto& h : colHeaders_) h.erase(h.begin() + at, h.begin() + at + count);
+    for (auto& r : cells_)
+        r.erase(r.begin() + (at - 1), r.begin() + (at - 1 + count));
+    for (auto& h : colHeaders_)
+        h.erase(h.begin() + at, h.begin() + at + count);
     for (auto& s : spans_)
         if (s.firstCol >= at + count) s.firstCol -= count;
+    widths_.erase(widths_.begin() + at, widths_.begin() + at + count);
     cols_ -= count;
+}
+
+int Grid::ColWidth(int col) const {
+    if (col < 0 || col > cols_) return 0;
+    return widths_[col];
+}
+
+void Grid::SetColWidth(int col, int width) {
+    if (col < 0 || col > cols_) return;
+    widths_[col] = width < 0 ? 0 : width;
 }
 
 void Grid::ClearData() {
     for (auto& r : cells_)
-        for (auto& c : r) c.clear();
+        for (auto& c : r)
+            c.clear();
     for (auto& h : rowHeaders_)
-        for (auto& c : h) c.clear();
+        for (auto& c : h)
+            c.clear();
 }
 
 bool Grid::operator==(const Grid& o) const {
     if (cols_ != o.cols_ || rows_ != o.rows_ || headerRows_ != o.headerRows_ ||
         headerCols_ != o.headerCols_ || cells_ != o.cells_ || colHeaders_ != o.colHeaders_ ||
-        rowHeaders_ != o.rowHeaders_ || spans_.size() != o.spans_.size())
+        rowHeaders_ != o.rowHeaders_ || widths_ != o.widths_ || spans_.size() != o.spans_.size())
         return false;
     for (size_t i = 0; i < spans_.size(); ++i)
         if (spans_[i].level != o.spans_[i].level || spans_[i].firstCol != o.spans_[i].firstCol ||

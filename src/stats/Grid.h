@@ -19,7 +19,7 @@ struct HeaderSpan {
 };
 
 class Grid {
-public:
+  public:
     Grid() = default;
     Grid(int cols, int rows) { Resize(cols, rows); }
 
@@ -47,6 +47,10 @@ public:
     std::string RowHeader(int level, int row) const;
     void SetRowHeader(int level, int row, const std::string& text);
 
+    // Column width in characters (0 = the display's default); col 0 = the row-header column.
+    int ColWidth(int col) const;
+    void SetColWidth(int col, int width);
+
     // Header cells merged across columns (the band and "Nombre"/"Pourcentage" headers).
     const std::vector<HeaderSpan>& Spans() const { return spans_; }
     void AddSpan(int level, int firstCol, int count) { spans_.push_back({level, firstCol, count}); }
@@ -69,7 +73,7 @@ public:
     // Every text of the grid, for comparing a grid before and after an operation.
     bool operator==(const Grid& other) const;
 
-private:
+  private:
     int cols_ = 0;
     int rows_ = 0;
     int headerRows_ = 1;
@@ -81,6 +85,7 @@ private:
     // rowHeaders_[level][row-1]
     std::vector<std::vector<std::string>> rowHeaders_{std::vector<std::string>()};
     std::vector<HeaderSpan> spans_;
+    std::vector<int> widths_ = std::vector<int>(1);  // widths_[col], col 0 = row headers
 };
 
 }  // namespace zl3

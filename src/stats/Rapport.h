@@ -11,14 +11,19 @@ enum class Rapport { Quotas, TopDiffusion, Sacem, Publicite };
 
 // The report of a tab choice; nullopt for a music sub-tab other than 0, 1, 2 and for the
 // "Incidents" tab.
-inline std::optional<Rapport> RapportDeOnglet(const std::string& ongletMain, int sousOngletMusique) {
+inline std::optional<Rapport> RapportDeOnglet(const std::string& ongletMain,
+                                              int sousOngletMusique) {
     if (ongletMain == "Publicite") return Rapport::Publicite;
     if (ongletMain != "Musique") return std::nullopt;
     switch (sousOngletMusique) {
-        case 0: return Rapport::Quotas;
-        case 1: return Rapport::TopDiffusion;
-        case 2: return Rapport::Sacem;
-        default: return std::nullopt;
+        case 0:
+            return Rapport::Quotas;
+        case 1:
+            return Rapport::TopDiffusion;
+        case 2:
+            return Rapport::Sacem;
+        default:
+            return std::nullopt;
     }
 }
 

@@ -1,45 +1,168 @@
-// zl3-stats: runs the tool's start-up and its reports on a site without windows, for scripts
-// and scheduled monthly reports.
+// zl3-stats: runs the tool's reports on a site without windows, for scripts and scheduled
+// monthly reports.
 #include <cstdio>
+#include <fstream>
 #include <string>
 
 #include "Demarrage.h"
+#include "GrilleTexte.h"
+#include "Lib_Config.h"
+#include "Lib_Data_Pervasive.h"
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
+#include "Lib_Tableur.h"
 #include "OptionsLigne.h"
+#include "Recherche.h"
+#include "Services.h"
 
 namespace {
 
 const char* kUsage =
-    "Usage: zl3-stats --root DIR [--summary]\n"
-    "  --root DIR   dossier racine de l'installation (le poste Windows de la station)\n"
-    "  --summary    initialise l'outil (configuration, journal) et affiche ce qu'il a trouvé\n";
+    "Usage:\n"
+    "  zl3-stats --root DIR --summary\n"
+    "  zl3-stats --root DIR [--base N] --station N --report quotas|top|sacem|pub\n"
+    "            --from YYYY-MM-DD --to YYYY-MM-DD [--format table|csv] [--out FILE]\n"
+    "            [--versions]\n"
+    "  --root DIR     dossier racine de l'installation (le poste Windows de la station)\n"
+    "  --summary      initialise l'outil (configuration, journal) et affiche ce qu'il a trouvé\n"
+    "  --base N       base (radio) à lire, 1 par défaut\n"
+    "  --station N    station de la base (1 à 10)\n"
+    "  --report R     quotas, top (Top Diffusion), sacem (relevé SACEM), pub (publicité)\n"
+    "  --from/--to    période, dates incluses\n"
+    "  --format F     table (défaut, pour un terminal) ou csv\n"
+    "  --out FILE     écrit le résultat dans FILE au lieu de la sortie standard\n"
+    "  --versions     regroupe les versions d'une même chanson (Top Diffusion, SACEM)\n"
+    "Codes de sortie: 0 succès, 1 site illisible ou erreur d'écriture, 2 arguments incorrects.\n";
+
+int Usage(const std::string& message) {
+    std::fprintf(stderr, "zl3-stats: %s\n%s", message.c_str(), kUsage);
+    return 2;
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    zl3::OptionsLigne options({"root"}, {"summary", "help"});
-    if (!options.Analyse(argc, argv) || !options.Arguments().empty()) {
-        std::fprintf(stderr, "zl3-stats: %s\n%s",
-                     options.Erreur().empty() ? "argument inattendu" : options.Erreur().c_str(),
-                     kUsage);
-        return 2;
-    }
+    using namespace zl3;
+    OptionsLigne options({"root", "base", "station", "report", "from", "to", "format", "out"},
+                         {"summary", "help", "versions"});
+    if (!options.Analyse(argc, argv)) return Usage(options.Erreur());
+    if (!options.Arguments().empty()) return Usage("argument inattendu: " + options.Arguments()[0]);
     if (options.A("help")) {
         std::fputs(kUsage, stdout);
         return 0;
     }
     const auto root = options.Valeur("root");
-    if (!root || root->empty()) {
-        std::fprintf(stderr, "zl3-stats: l'option --root est obligatoire\n%s", kUsage);
-        return 2;
+    if (!root || root->empty()) return Usage("l'option --root est obligatoire");
+
+    long long base = 1;
+    long long station = 0;
+    if (!options.Entier("base", 1, kNbMaxBases, base) ||
+        !options.Entier("station", 1, kNbMaxStations, station))
+        return Usage(options.Erreur());
+    std::optional<Rapport> rapport;
+    std::optional<DateTime> debut;
+    std::optional<DateTime> fin;
+    const std::string format = options.Valeur("format").value_or("table");
+    if (!options.A("summary")) {
+        const auto r = options.Valeur("report");
+        if (!r) return Usage("l'option --report est obligatoire (ou --summary)");
+        if (*r == "quotas")
+            rapport = Rapport::Quotas;
+        else if (*r == "top")
+            rapport = Rapport::TopDiffusion;
+        else if (*r == "sacem")
+            rapport = Rapport::Sacem;
+        else if (*r == "pub")
+            rapport = Rapport::Publicite;
+        else
+            return Usage("rapport inconnu: '" + *r + "' (quotas, top, sacem ou pub)");
+        if (station == 0) return Usage("l'option --station est obligatoire");
+        const auto from = options.Valeur("from");
+        const auto to = options.Valeur("to");
+        if (!from || !to) return Usage("les options --from et --to sont obligatoires");
+        debut = ParseIsoDate(*from);
+        fin = ParseIsoDate(*to);
+        if (!debut) return Usage("date incorrecte pour --from: '" + *from + "' (AAAA-MM-JJ)");
+        if (!fin) return Usage("date incorrecte pour --to: '" + *to + "' (AAAA-MM-JJ)");
+        if (DayDiff(*debut, *fin) < 0) return Usage("la période est vide: --to est avant --from");
+        if (DayDiff(*debut, *fin) > 3660) return Usage("la période dépasse dix ans");
+        if (format != "table" && format != "csv")
+            return Usage("format inconnu: '" + format + "' (table ou csv)");
     }
-    if (!zl3::sys::FolderExists(*root)) {
+
+    if (!sys::FolderExists(*root)) {
         std::fprintf(stderr, "zl3-stats: dossier racine introuvable: %s\n", root->c_str());
         return 1;
     }
-    zl3::sys::SetZelvarRoot(*root);
-    const bool ok = zl3::InitGeneral();
-    std::fputs(zl3::ResumeConfiguration().c_str(), stdout);
-    return ok ? 0 : 1;
+    sys::SetZelvarRoot(*root);
+    const bool initOk = InitGeneral();
+    if (options.A("summary")) {
+        std::fputs(ResumeConfiguration().c_str(), stdout);
+        return initOk ? 0 : 1;
+    }
+    const Configuration& config = Config();
+    if (base > static_cast<long long>(config.bases.size()))
+        return Usage("base " + std::to_string(base) + " inconnue: le site a " +
+                     std::to_string(config.bases.size()) + " base(s)");
+    const ConfigBase& b = config.bases[static_cast<size_t>(base - 1)];
+    if (station > b.nbStation)
+        return Usage("station " + std::to_string(station) + " inconnue: la base " +
+                     Deux(static_cast<int>(base)) + " a " + std::to_string(b.nbStation) +
+                     " station(s)");
+
+    DefinirDossierData(b.dossiers[kRepBtr]);
+    const int source = 0;
+    const int st = static_cast<int>(station);
+    OuvrirFichiersRecherche(source, st, st);
+    const int lus[] = {22, 47, 20, 21};
+    const int pub[] = {18, 26, 5, 1, 3};
+    bool ouverts = true;
+    if (*rapport == Rapport::Publicite) {
+        for (int f : pub)
+            ouverts = ouverts && FichierOuvert(source, st, f);
+    } else {
+        for (int f : lus)
+            ouverts = ouverts && FichierOuvert(source, st, f);
+    }
+    if (!ouverts) {
+        FermerFichiersRecherche(source, st, st);
+        TraceLogForce();
+        std::fprintf(stderr, "zl3-stats: la base de données de la station %d est illisible (%s)\n",
+                     st, DossierData().c_str());
+        return 1;
+    }
+
+    TableursMusique musique;
+    Grid publicite;
+    InitGeneralTableurMusique(musique);
+    InitGeneralTableurPublicite(publicite);
+    RechercheStats recherche(musique, publicite);
+    ParametresRecherche p;
+    p.ongletMain = *rapport == Rapport::Publicite ? "Publicite" : "Musique";
+    p.sousOngletMusique = *rapport == Rapport::TopDiffusion ? 1
+                          : *rapport == Rapport::Sacem      ? 2
+                                                            : 0;
+    p.debut = *debut;
+    p.fin = *fin;
+    p.station = st;
+    p.source = source;
+    p.regrouperVersions = options.A("versions");
+    recherche.CommandLancer_Click(p);
+    FermerFichiersRecherche(source, st, st);
+    TraceLogForce();
+
+    const Grid& grille = GrilleDuRapport(musique, publicite, *rapport);
+    const std::string texte = format == "csv" ? GrilleEnCsv(grille) : GrilleEnTableau(grille);
+    if (const auto out = options.Valeur("out")) {
+        std::ofstream f(*out, std::ios::binary | std::ios::trunc);
+        f << texte;
+        f.close();
+        if (!f) {
+            std::fprintf(stderr, "zl3-stats: impossible d'écrire %s\n", out->c_str());
+            return 1;
+        }
+    } else {
+        std::fputs(texte.c_str(), stdout);
+    }
+    return 0;
 }

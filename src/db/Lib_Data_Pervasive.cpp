@@ -1,0 +1,453 @@
+#include "Lib_Data_Pervasive.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <filesystem>
+#include <vector>
+
+#include "Btrieve.h"
+#include "Catalogue.h"
+#include "Cp1252.h"
+#include "Lib_Config.h"
+#include "Lib_Data_Pervasive_2.h"
+#include "Lib_Messages.h"
+#include "Lib_Public.h"
+#include "Lib_Systeme.h"
+#include "Services.h"
+#include "records/Layouts.h"
+
+namespace zl3 {
+namespace {
+
+const char* kModule = "Lib_Data_Pervasive:";
+
+struct EtatFichier {
+    std::array<char, kLongueurPosBloc> positionBloc;
+    std::string chemin;
+    bool ouvert = false;
+};
+
+struct Module {
+    // [source][station - 1][fichier]
+    std::vector<EtatFichier> fichiers =
+        std::vector<EtatFichier>(static_cast<size_t>(kNbSources * kNbStations * kNbFichiers));
+    std::array<std::array<std::string, 6>, kNbSources> historique;
+    std::array<std::vector<uint8_t>, kNbFichiers> tampons;
+    std::string dossierData;
+    FonctionBtrcall btrcall;
+
+    Module() {
+        for (auto& f : fichiers)
+            f.positionBloc.fill(' ');
+    }
+};
+
+Module& M() {
+    static Module m;
+    return m;
+}
+
+EtatFichier& Etat(int source, int station, int fichier) {
+    return M().fichiers[static_cast<size_t>((source * kNbStations + (station - 1)) * kNbFichiers +
+                                            fichier)];
+}
+
+bool SourceValide(int source) {
+    return source >= 0 && source < kNbSources;
+}
+bool FichierValide(int fichier) {
+    return fichier >= 0 && fichier < kNbFichiers;
+}
+
+// Catalogue files that have a record buffer in this tool.
+bool AUnTampon(int fichier) {
+    return (fichier >= 0 && fichier <= 7) || (fichier >= 9 && fichier <= 37) ||
+           (fichier >= 40 && fichier <= 42) || fichier == 47;
+}
+
+bool EstLecture(int16_t op) {
+    return op >= kBtrGetEqual && op <= kBtrGetLast;
+}
+
+int16_t AppelMoteur(uint16_t op, void* pos, void* data, uint32_t* len, void* key, uint8_t keyLen,
+                    int8_t keyNum) {
+    Module& m = M();
+    if (m.btrcall) return m.btrcall(op, pos, data, len, key, keyLen, keyNum);
+    return btr::BtrCall(op, pos, data, len, key, keyLen, keyNum);
+}
+
+// The key buffer made printable for the history line.
+std::string Imprimable(const std::string& cle) {
+    std::string s;
+    s.reserve(cle.size());
+    for (char c : cle) {
+        const auto b = static_cast<unsigned char>(c);
+        s += (b < 32 || b == 127) ? '.' : c;
+    }
+    return Cp1252ToUtf8(s);
+}
+
+void Historise(int source, const std::string& line) {
+    auto& h = M().historique[static_cast<size_t>(source)];
+    for (int i = 5; i > 0; --i)
+        h[i] = std::move(h[i - 1]);
+    h[0] = line;
+}
+
+std::string Deux0(int n) {
+    return PadNumber(n, 2);
+}
+
+// Values written by older versions of the suite, brought to today's form after each read.
+void NormalisationsHistoriques(int fichier) {
+    std::span<uint8_t> r = TamponEnreg(fichier);
+    if (fichier == 20 && r.size() > 264) {
+        if (r[145] == '1')
+            r[264] = '1';
+        else if (r[145] == '2')
+            r[264] = 'O';
+        if (r[145] != '0') r[145] = ' ';
+    } else if (fichier == 22 && r.size() > 856) {
+        const std::string champ(reinterpret_cast<const char*>(&r[465]), 2);
+        const std::string t = Trim(champ);
+        bool zero = !t.empty();
+        for (char c : t)
+            if (c != '0') zero = false;
+        if (t.empty() || zero) {  // a blank field reads as 0, as the suite's Val() does
+            r[465] = '0';
+            r[466] = '0';
+        }
+        if (r[856] == 'O') r[107] = '1';
+        r[856] = ' ';
+    }
+}
+
+}  // namespace
+
+void DefinirBtrcall(FonctionBtrcall fonction) {
+    M().btrcall = std::move(fonction);
+}
+
+std::span<uint8_t> TamponEnreg(int fichier) {
+    if (!FichierValide(fichier)) return {};
+    auto& t = M().tampons[static_cast<size_t>(fichier)];
+    if (t.empty()) {
+        size_t n = cat::LongueurEnreg(fichier);
+        if (const rec::Layout* layout = rec::FindLayout(fichier))
+            n = std::max(n, layout->BufferLength());
+        t.assign(std::max<size_t>(n, 1), ' ');
+    }
+    return t;
+}
+
+const std::array<std::string, 6>& HistoriqueBTrieve(int source) {
+    static const std::array<std::string, 6> vide{};
+    if (!SourceValide(source)) return vide;
+    return M().historique[static_cast<size_t>(source)];
+}
+
+int16_t BTRieve_Reel(int fichier, int16_t operation, char* positionBloc, uint32_t& longueur,
+                     std::string& cle, int16_t noCle) {
+    if (!AUnTampon(fichier)) return 0;  // no record buffer in this tool: no call
+    std::span<uint8_t> tampon = TamponEnreg(fichier);
+    // The key buffer is exchanged as a 255-byte area, blank-padded.
+    char tamponCle[kLongueurTamponCle + 1];
+    std::memset(tamponCle, ' ', sizeof tamponCle);
+    const size_t n = std::min<size_t>(cle.size(), kLongueurTamponCle);
+    std::memcpy(tamponCle, cle.data(), n);
+    if (operation == kBtrOpen && n < kLongueurTamponCle) tamponCle[n] = '\0';
+    const int16_t status =
+        AppelMoteur(static_cast<uint16_t>(operation), positionBloc, tampon.data(), &longueur,
+                    tamponCle, kLongueurTamponCle, static_cast<int8_t>(noCle));
+    if (status == 0 && EstLecture(operation)) {
+        const int lc = cat::LongueurCle(fichier, noCle);
+        if (lc > 0) cle.assign(tamponCle, static_cast<size_t>(std::min(lc, kLongueurTamponCle)));
+    }
+    return status;
+}
+
+void BTrieveTestCle(int16_t operation, const std::string& cle, int16_t noCle, int fichier,
+                    const std::string& sourceText) {
+    TraceProc(std::string(kModule) + "BTrieveTestCle");
+    if (operation == kBtrBeginTransaction || operation == kBtrEndTransaction ||
+        operation == kBtrAbortTransaction || operation == kBtrBeginConcurrentTransaction)
+        return;
+    if (fichier < 0 || fichier > 36) return;
+    const int lc = cat::LongueurCle(fichier, noCle);
+    if (lc <= 0 || static_cast<int>(cle.size()) >= lc) return;
+    AffMsg("Clé trop courte: Fichier: " + std::to_string(fichier) +
+               " NoCle: " + std::to_string(noCle) + " Lng: " + std::to_string(cle.size()) +
+               " OP: " + std::to_string(operation) + "\nKey:" + Cp1252ToUtf8(cle) +
+               "\n Sub: " + sourceText,
+           kTitreApplication, kMbCritical);
+}
+
+int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, int fichier,
+                int station, const std::string& sourceText) {
+    TraceProc(std::string(kModule) + "BTRieve");
+    StatutDejaSignale = false;
+    OperationBTrieve = operation;
+    NoCleBTrieve = noCle;
+    FichierBTrieve = fichier;
+    if ((operation == kBtrEndTransaction || operation == kBtrAbortTransaction) &&
+        !TransactionEnCours)
+        return StatutBTrieve;
+    if (operation == kBtrGetLess || operation == kBtrGetLessOrEqual)
+        std::replace(cle.begin(), cle.end(), 'z', '\xFF');
+    if (station < 1) station = 1;
+    if (!SourceValide(source) || !FichierValide(fichier)) {
+        StatutBTrieve = operation == kBtrGetEqual ? 4 : 9;
+        TraceLog("Err: BTrieve: source " + std::to_string(source) + " fichier " +
+                 std::to_string(fichier) + " hors limites [" + sourceText + "]");
+        return StatutBTrieve;
+    }
+    const bool historise = !Trim(sourceText).empty();
+    if (historise)
+        Historise(source, "File:" + Deux0(fichier) + " Station:" + std::to_string(station) +
+                              " OP:" + Deux0(operation) + " K:" + Deux0(noCle) + " [" +
+                              Imprimable(cle) + "]" + " [" + sourceText + "]");
+    if (TestCleActif) BTrieveTestCle(operation, cle, noCle, fichier, sourceText);
+    AbandonConflit = false;
+    if (station > kNbStations) {
+        GestErr_Fra(kErrStationHorsLimite, "BTrieve (Source:" + sourceText + ")", false,
+                    std::string(kModule) + "BTRieve", std::to_string(station));
+        StatutBTrieve = operation == kBtrGetEqual ? 4 : 9;
+        return StatutBTrieve;
+    }
+
+    EtatFichier& etat = Etat(source, station, fichier);
+    Clock& clock = *Svc().clock;
+    int retries = 0;
+    for (;;) {
+        if (cle.empty()) cle.assign(100, ' ');
+        uint32_t longueur = cat::LongueurEnreg(fichier);
+        StatutBTrieve =
+            BTRieve_Reel(fichier, operation, etat.positionBloc.data(), longueur, cle, noCle);
+        const int16_t s = StatutBTrieve;
+        bool signaler = false;
+        if (s == 0) {
+            if (operation == kBtrBeginTransaction || operation == kBtrBeginConcurrentTransaction)
+                TransactionEnCours = true;
+            else if (operation == kBtrEndTransaction || operation == kBtrAbortTransaction)
+                TransactionEnCours = false;
+            break;
+        }
+        if (s == 7) {
+            if ((operation == kBtrUpdate && fichier == 35) ||
+                ((operation == kBtrGetNext || operation == kBtrGetPrevious) && fichier == 34))
+                break;
+            if (operation == kBtrGetNext || operation == kBtrGetPrevious) {
+                uint32_t l = cat::LongueurEnreg(fichier);
+                StatutBTrieve =
+                    BTRieve_Reel(fichier, kBtrGetEqual, etat.positionBloc.data(), l, cle, noCle);
+                signaler = StatutBTrieve != 0;
+            } else {
+                signaler = true;
+            }
+            if (signaler) ErreurBTrieve(source, fichier, cle, sourceText, station);
+            break;
+        }
+        if (s == 36 || s == 37 || s == 38 || s == 39 || s == 83 || s == 92 || s == 81 || s == 84 ||
+            s == 85) {
+            if (++retries > 10) {
+                ErreurBTrieve(source, fichier, cle, sourceText, station);
+                break;
+            }
+            clock.Sleep(1000);
+            continue;
+        }
+        if (s == 54) {
+            if (!(operation == kBtrUpdate && fichier == 35) && !ErreursSilencieuses)
+                ErreurBTrieve(source, fichier, cle, sourceText, station);
+            break;
+        }
+        if (s == 80) {
+            if (++retries > 10) {
+                AbandonConflit = true;
+                break;
+            }
+            clock.Sleep(500);
+            if (operation == kBtrUpdate || operation == kBtrDelete) {
+                // Re-read the record so that the new attempt works on its current version. The
+                // caller's record bytes are kept: the update writes what the caller prepared.
+                std::span<uint8_t> tampon = TamponEnreg(fichier);
+                std::vector<uint8_t> sauve(tampon.begin(), tampon.end());
+                std::string cleRelue = cle;
+                uint32_t l = cat::LongueurEnreg(fichier);
+                BTRieve_Reel(fichier, kBtrGetEqual, etat.positionBloc.data(), l, cleRelue, noCle);
+                std::copy(sauve.begin(), sauve.end(), tampon.begin());
+            }
+            continue;
+        }
+        if (!ErreursSilencieuses) {
+            const bool attendu = (EstLecture(operation) && (s == 4 || s == 5 || s == 9)) ||
+                                 ((operation == kBtrInsert || operation == kBtrUpdate) && s == 5);
+            if (!attendu) ErreurBTrieve(source, fichier, cle, sourceText, station);
+        }
+        break;
+    }
+
+    if (historise) {
+        std::string& h0 = M().historique[static_cast<size_t>(source)][0];
+        if (h0.rfind("S:", 0) != 0) h0 = "S:" + PadNumber(StatutBTrieve, 5) + " " + h0;
+    }
+    if (operation > kBtrDelete && (fichier == 20 || fichier == 22) && StatutBTrieve == 0)
+        NormalisationsHistoriques(fichier);
+    return StatutBTrieve;
+}
+
+// ---- Files ----------------------------------------------------------------------------------
+
+void DefinirDossierData(const std::string& dossier) {
+    M().dossierData = dossier.empty() ? dossier : sys::WithTrailingSep(dossier);
+}
+
+std::string DossierData() {
+    if (!M().dossierData.empty()) return M().dossierData;
+    return DossierDeBase(kRepBtr);
+}
+
+bool FichierOuvert(int source, int station, int fichier) {
+    if (!SourceValide(source) || !FichierValide(fichier) || station < 1 || station > kNbStations)
+        return false;
+    return Etat(source, station, fichier).ouvert;
+}
+
+std::string CheminFichier(int source, int station, int fichier) {
+    if (!SourceValide(source) || !FichierValide(fichier) || station < 1 || station > kNbStations)
+        return {};
+    return Etat(source, station, fichier).chemin;
+}
+
+bool OuvertureFichierBTrieve(int source, int fichier, const std::string& chemin, uint32_t longueur,
+                             int station, int modeOuverture) {
+    TraceProc(std::string(kModule) + "OuvertureFichierBTrieve");
+    if (!sys::FileExists(chemin)) {
+        StatutBTrieve = 12;
+        return false;
+    }
+    if (fichier == 8 || (fichier >= 43 && fichier <= 46) || fichier == 48 || fichier == 49)
+        return false;  // files this tool never reads: no call
+    EtatFichier& etat = Etat(source, station, fichier);
+    etat.positionBloc.fill(' ');
+    std::string cle = chemin;
+    StatutBTrieve = BTRieve_Reel(fichier, kBtrOpen, etat.positionBloc.data(), longueur, cle,
+                                 static_cast<int16_t>(modeOuverture));
+    return StatutBTrieve == 0;
+}
+
+bool FermetureFichierBTrieve(int source, int fichier, char* positionBloc, uint32_t longueur,
+                             int station) {
+    TraceProc(std::string(kModule) + "FermetureFichierBTrieve");
+    (void)source;
+    (void)station;
+    char cle[kLongueurTamponCle + 1];
+    std::memset(cle, ' ', sizeof cle);
+    std::span<uint8_t> tampon = TamponEnreg(fichier);
+    // Operation 25 releases the file (not 1, Close): the suite has always released it so.
+    StatutBTrieve = AppelMoteur(kBtrRelease, positionBloc, tampon.data(), &longueur, cle,
+                                kLongueurTamponCle, 0);
+    return StatutBTrieve == 0;
+}
+
+void FichierPervasiveFermer(int source, int premiereStation, int derniereStation, int fichier) {
+    TraceProc(std::string(kModule) + "FichierPervasiveFermer");
+    if (!SourceValide(source) || !FichierValide(fichier)) return;
+    for (int s = std::max(1, premiereStation); s <= std::min(kNbStations, derniereStation); ++s) {
+        EtatFichier& etat = Etat(source, s, fichier);
+        if (!etat.ouvert) continue;
+        if (FermetureFichierBTrieve(source, fichier, etat.positionBloc.data(),
+                                    cat::LongueurEnreg(fichier), s)) {
+            etat.ouvert = false;
+            etat.positionBloc.fill(' ');
+        } else {
+            AffMsg("Unable to close: " + etat.chemin, kTitreApplication, kMbExclamation);
+        }
+    }
+}
+
+void FichierPervasiveOuvrir(int source, int premiereStation, int derniereStation, int fichier,
+                            int modeOuverture) {
+    const std::string identity = std::string(kModule) + "FichierPervasiveOuvrir";
+    TraceProc(identity);
+    if (!SourceValide(source) || !FichierValide(fichier) || !cat::Existe(fichier)) return;
+    FichierPervasiveFermer(source, 1, kNbStations, fichier);
+    const std::string dossier = DossierData();
+    for (int s = std::max(1, premiereStation); s <= std::min(kNbStations, derniereStation); ++s) {
+        EtatFichier& etat = Etat(source, s, fichier);
+        etat.chemin = dossier + cat::NomFichier(fichier, s - 1);
+        if (!sys::FileExists(etat.chemin) &&
+            ((fichier >= 12 && fichier <= 17) || (fichier >= 40 && fichier <= 49))) {
+            AffMsg("File: " + etat.chemin + " not found |Create empty structure", kTitreApplication,
+                   kMbInformation);
+            CreerFichierVide(etat.chemin);
+        }
+        if (OuvertureFichierBTrieve(source, fichier, etat.chemin, cat::LongueurEnreg(fichier), s,
+                                    modeOuverture)) {
+            etat.ouvert = true;
+        } else if (!(fichier == 8 || (fichier >= 43 && fichier <= 46) || fichier == 48 ||
+                     fichier == 49)) {
+            const std::string msg =
+                etat.chemin + "::" + ErreurBTrieveLibelle(StatutBTrieve, etat.chemin);
+            TraceLog("Err: " + NettoieLibErr(msg));
+            AffMsg(msg, kTitreApplication, kMbExclamation);
+        }
+    }
+}
+
+int16_t CreerFichierVide(const std::string& chemin) {
+    TraceProc(std::string(kModule) + "CreerFichierVide");
+    const std::string nom = std::filesystem::path(chemin).stem().string();
+    int fichier = -1;
+    if (nom.size() == 7 && nom.compare(0, 4, "FRAD") == 0 && std::isdigit(nom[5]) &&
+        std::isdigit(nom[6]))
+        fichier = (nom[5] - '0') * 10 + (nom[6] - '0');
+    if (!FichierValide(fichier) || !cat::Existe(fichier)) {
+        StatutBTrieve = 11;
+        return StatutBTrieve;
+    }
+    std::vector<uint8_t> spec = cat::LayoutCreation(fichier);
+    char pos[kLongueurPosBloc];
+    std::memset(pos, ' ', sizeof pos);
+    std::vector<char> cle(chemin.begin(), chemin.end());
+    cle.push_back('\0');
+    uint32_t longueur = static_cast<uint32_t>(spec.size());
+    StatutBTrieve = AppelMoteur(kBtrCreate, pos, spec.data(), &longueur, cle.data(),
+                                static_cast<uint8_t>(std::min<size_t>(chemin.size(), 255)), 0);
+    TraceLog("CreerFichierVide: " + chemin + " Status: " + std::to_string(StatutBTrieve));
+    return StatutBTrieve;
+}
+
+void FermerTousLesFichiers() {
+    for (int source = 0; source < kNbSources; ++source)
+        for (int fichier = 0; fichier < kNbFichiers; ++fichier)
+            FichierPervasiveFermer(source, 1, kNbStations, fichier);
+}
+
+void ResetLibDataPervasive() {
+    Module& m = M();
+    for (auto& f : m.fichiers) {
+        f.positionBloc.fill(' ');
+        f.chemin.clear();
+        f.ouvert = false;
+    }
+    for (auto& h : m.historique)
+        h.fill("");
+    for (auto& t : m.tampons)
+        t.clear();
+    m.dossierData.clear();
+    m.btrcall = nullptr;
+    OperationBTrieve = 0;
+    CleBTrieve.clear();
+    NoCleBTrieve = 0;
+    FichierBTrieve = 0;
+    StatutBTrieve = 0;
+    TransactionEnCours = false;
+    AbandonConflit = false;
+    ErreursSilencieuses = false;
+    TestCleActif = false;
+    ResetErreursReseau();
+}
+
+}  // namespace zl3

@@ -1,0 +1,497 @@
+#include "Recherche.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <set>
+#include <vector>
+
+#include "Lib_Data_Pervasive.h"
+#include "Lib_Data_Pervasive_2.h"
+#include "Lib_Messages.h"
+#include "Lib_Public.h"
+#include "Lib_Stats.h"
+#include "Services.h"
+#include "records/Layouts.h"
+#include "records/Passages.h"
+#include "records/RecordAccess.h"
+
+namespace zl3 {
+namespace {
+
+const char* kOrigine = "Frm_Main:CommandLancer_Click";
+
+constexpr int kFichierCommerciaux = 1;
+constexpr int kFichierContrats = 5;
+constexpr int kFichierLogPub = 18;
+constexpr int kFichierAttributs = 21;
+constexpr int kFichierMorceaux = 22;
+constexpr int kFichierMessages = 26;
+constexpr int kFichierHistorique = 47;
+constexpr int kFichierVersions = 32;
+
+// Quota class of a track's flag: the column in the whole-day block, 0 when not counted.
+int ClasseQuota(char flag) {
+    switch (flag) {
+        case 'O':
+            return kColFr;
+        case '1':
+            return kColNT;
+        case 'N':
+            return kColEtr;
+        case '-':
+            return kColInstru;
+        default:
+            return 0;
+    }
+}
+
+std::string TexteBrut(std::span<const uint8_t> r, const rec::Field& f) {
+    return rec::GetBytes(r, f);
+}
+
+// A track of a per-track report ("Top Diffusion", "SACEM").
+struct LigneMorceau {
+    std::string cle;
+    std::string titre;
+    std::string artiste1;
+    std::string artiste2;
+    std::string artistes;
+    std::string categorie;
+    std::string duree;
+    std::string clip;
+    std::string label;
+    long nombre = 0;
+};
+
+// What a per-track report shows of the track whose record is in the track buffer.
+LigneMorceau DescriptionMorceau(int source, int station) {
+    namespace m = rec::Morceau;
+    const auto r = TamponEnreg(kFichierMorceaux);
+    LigneMorceau l;
+    l.cle = Trim(TexteBrut(r, m::CleMorceau));
+    l.titre = Trim(rec::GetText(r, m::Titre));
+    const std::string code1 = TexteBrut(r, m::CodeArtiste1);
+    const std::string code2 = TexteBrut(r, m::CodeArtiste2);
+    const std::string duree = Trim(TexteBrut(r, m::Duree));
+    const std::string clip = Trim(TexteBrut(r, m::Clip));
+    const std::string label = Trim(TexteBrut(r, m::CodeLabel));
+    l.categorie = LibCategorie(source, station, TexteBrut(r, m::CodeCategorie));
+    l.artiste1 = Trim(LibArtiste(source, station, code1, "", true));
+    l.artiste2 = Trim(code2).empty() ? "" : Trim(LibArtiste(source, station, code2, "", true));
+    l.artistes = Trim(LibArtiste(source, station, code1, code2, true));
+    long secondes = 0;
+    for (char c : duree) {
+        if (c < '0' || c > '9') break;
+        secondes = secondes * 10 + (c - '0');
+    }
+    l.duree = duree.empty() ? "" : Tps2MinSec(secondes);
+    l.clip = (clip == "O" || clip == "1") ? "Oui" : "";
+    l.label = LibLabel(source, station, label);
+    return l;
+}
+
+bool CommenceParSansCasse(const std::string& texte, const std::string& debut) {
+    if (texte.size() < debut.size()) return false;
+    for (size_t i = 0; i < debut.size(); ++i)
+        if (std::toupper(static_cast<unsigned char>(texte[i])) !=
+            std::toupper(static_cast<unsigned char>(debut[i])))
+            return false;
+    return true;
+}
+
+}  // namespace
+
+std::string TextePourcentage(long long count, long long base) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%.1f",
+                  static_cast<double>(count) / static_cast<double>(base) * 100.0);
+    return std::string(buf) + " %";
+}
+
+void TotauxEtPourcentages(Grid& g) {
+    const int total = g.MaxRows();
+    if (total < 1) return;
+    for (int bloc = 0; bloc < 2; ++bloc) {
+        const int d = bloc * kDecalageBande;
+        for (int c = kColFr; c <= kColInstru; ++c) {
+            long long somme = 0;
+            for (int row = 1; row < total; ++row)
+                somme += g.Number(c + d, row);
+            g.SetText(c + d, total, std::to_string(somme));
+        }
+        for (int row = 1; row <= total; ++row) {
+            const long long fr = g.Number(kColFr + d, row);
+            const long long nt = g.Number(kColNT + d, row);
+            const long long frnt = g.Number(kColFrNT + d, row);
+            const long long etr = g.Number(kColEtr + d, row);
+            const long long base = fr + nt + etr;
+            if (base <= 0) continue;  // instrumentals only, or nothing: empty percentages
+            g.SetText(kColPctFr + d, row, TextePourcentage(fr, base));
+            g.SetText(kColPctNT + d, row, TextePourcentage(nt, base));
+            g.SetText(kColPctFrNT + d, row, TextePourcentage(frnt, base));
+            g.SetText(kColPctEtr + d, row, TextePourcentage(etr, base));
+        }
+    }
+}
+
+void OuvrirFichiersRecherche(int source, int premiere, int derniere) {
+    for (int f : kFichiersRecherche)
+        FichierPervasiveOuvrir(source, premiere, derniere, f, f == kFichierVersions ? 0 : -2);
+    TraceLog("Pervasive files opened");
+}
+
+void FermerFichiersRecherche(int source, int premiere, int derniere) {
+    for (int f : kFichiersRecherche)
+        FichierPervasiveFermer(source, premiere, derniere, f);
+    TraceLog("Pervasive files closed");
+}
+
+RechercheStats::RechercheStats(TableursMusique& musique, Grid& publicite)
+    : musique_(musique), publicite_(publicite) {}
+
+void RechercheStats::DefinirCaption(const std::string& caption) {
+    caption_ = caption;
+    if (onCaption) onCaption(caption);
+}
+
+void RechercheStats::Attendre() {
+    if (Svc().events) Svc().events->DoEvents();
+}
+
+void RechercheStats::CommandLancer_Click(const ParametresRecherche& p) {
+    TraceProc(kOrigine);
+    if (enCours_) {
+        if (Question("Voulez-vous stopper la recherche ?", kTitreApplication,
+                     kMbYesNo | kMbQuestion) == kIdYes)
+            arret_ = true;
+        return;
+    }
+    const auto rapport = RapportDeOnglet(p.ongletMain, p.sousOngletMusique);
+    if (!rapport) return;
+    enCours_ = true;
+    arret_ = false;
+    bilan_ = BilanRecherche{};
+    DefinirCaption("Stopper");
+    try {
+        if (*rapport == Rapport::Publicite)
+            RecherchePublicite(p);
+        else
+            RechercheMusique(p, *rapport);
+        bilan_.effectuee = true;
+    } catch (const std::exception& e) {
+        TraceErreur(kOrigine, 0, e.what());
+    }
+    bilan_.arretee = arret_;
+    enCours_ = false;
+    DefinirCaption("Lancer");
+}
+
+std::string RechercheStats::ListeCategoriesTop(const ParametresRecherche& p) {
+    namespace c = rec::Categorie;
+    std::string liste;
+    std::string cle = "CAT_2";
+    int16_t op = kBtrGetGreaterOrEqual;
+    for (;;) {
+        BTRieve(p.source, op, cle, 1, kFichierAttributs, p.station, kOrigine);
+        op = kBtrGetNext;
+        if (StatutBTrieve != 0) {
+            if (StatutBTrieve != 9)
+                ErreurBTrieve(p.source, kFichierAttributs, cle, kOrigine, p.station);
+            break;
+        }
+        if (!CommenceParSansCasse(cle, "CAT_2")) break;
+        const auto r = TamponEnreg(kFichierAttributs);
+        if (TexteBrut(r, c::Parametres).find("OY") != std::string::npos)
+            liste += Trim(TexteBrut(r, c::CodeAttribut)) + ",";
+    }
+    TraceLog("Top Diffusion: categories: " + liste);
+    return liste;
+}
+
+void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapport) {
+    namespace m = rec::Morceau;
+    namespace h = rec::HistoriqueDiffusion;
+    if (!Versions().charge) InitGeneralVersionSons(p.source, p.station);
+
+    // The grid of the report, emptied and sized for the period.
+    const int64_t nbJours = DayDiff(p.debut, p.fin) + 1;
+    Grid& quotas = musique_.quotas;
+    Grid& grille = GrilleDuRapport(musique_, publicite_, rapport);
+    grille.ClearData();
+    grille.SetMaxRows(0);
+    if (rapport == Rapport::Quotas) {
+        if (nbJours < 1) return;
+        quotas.SetMaxRows(static_cast<int>(nbJours) + 1);
+        for (int i = 1; i <= nbJours; ++i) {
+            if (arret_) break;
+            const DateTime jour = AddDays(p.debut, i - 1);
+            quotas.SetRowHeader(0, i, FormatDDMMYYYY(jour, '-'));
+            quotas.SetRowHeader(1, i, ShortDayName(jour));
+        }
+        quotas.SetRowHeader(0, quotas.MaxRows(), "Total");
+    }
+    const std::string debut = FormatYYYYMMDD(p.debut);
+    const std::string fin = FormatYYYYMMDD(p.fin);
+
+    std::string categoriesTop;
+    if (rapport == Rapport::TopDiffusion) categoriesTop = "," + ListeCategoriesTop(p);
+    std::set<std::string> principaux;
+    if (p.regrouperVersions)
+        for (const auto& [version, principal] : Versions().principal)
+            principaux.insert(principal);
+    std::map<std::string, LigneMorceau> lignes;
+    std::map<std::string, LigneMorceau> descriptionsPrincipales;
+
+    const std::string basse = "000" + std::string(5, '\0');
+    const std::string haute = "999" + std::string(5, '\xFF');
+    std::string cle = basse;
+    int16_t op = kBtrGetGreaterOrEqual;
+    int n = 0;
+    for (;;) {
+        BTRieve(p.source, op, cle, 0, kFichierMorceaux, p.station, kOrigine);
+        op = kBtrGetNext;
+        if (StatutBTrieve != 0) {
+            if (StatutBTrieve != 9)
+                ErreurBTrieve(p.source, kFichierMorceaux, cle, kOrigine, p.station);
+            break;
+        }
+        if (cle > haute) break;
+        ++bilan_.morceauxLus;
+        if (++n % 20 == 0) Attendre();
+        if (arret_) break;
+
+        const auto morceau = TamponEnreg(kFichierMorceaux);
+        const std::string cleMorceau = TexteBrut(morceau, m::CleMorceau);
+        const std::string categorie = cleMorceau.substr(0, 3);
+        const int classe = ClasseQuota(static_cast<char>(morceau[m::QuotaFlag.offset]));
+        std::string cleLigne = Trim(cleMorceau);
+        if (rapport != Rapport::Quotas) {
+            // Per-track reports: "Top Diffusion" keeps the categories marked "OY"; "SACEM" the
+            // music categories "000" to "999" (the station's imaging items are not declared).
+            if (rapport == Rapport::TopDiffusion &&
+                categoriesTop.find("," + Trim(categorie) + ",") == std::string::npos)
+                continue;
+            if (rapport == Rapport::Sacem && !(categorie >= "000" && categorie <= "999")) continue;
+            if (p.regrouperVersions) {
+                const auto it = Versions().principal.find(cleLigne);
+                if (it != Versions().principal.end()) cleLigne = it->second;
+                if (principaux.count(Trim(cleMorceau)))
+                    descriptionsPrincipales[Trim(cleMorceau)] =
+                        DescriptionMorceau(p.source, p.station);
+            }
+        } else if (classe == 0) {
+            continue;  // unknown quota flag: not counted
+        }
+
+        std::string cleH = rec::HistoryKey(cleMorceau);
+        BTRieve(p.source, kBtrGetEqual, cleH, 0, kFichierHistorique, p.station, kOrigine);
+        if (StatutBTrieve == 4) continue;  // never broadcast
+        if (StatutBTrieve != 0) {
+            ErreurBTrieve(p.source, kFichierHistorique, cleH, kOrigine, p.station);
+            continue;
+        }
+        const auto histo = TamponEnreg(kFichierHistorique);
+        const int nb = rec::CappedPassageCount(histo, categorie);
+        long comptes = 0;
+        for (int i = 0; i < nb; ++i) {
+            if (arret_) break;
+            const auto quand = rec::PassageAt(histo, i);
+            if (!quand) continue;
+            const std::string jour = FormatYYYYMMDD(*quand);
+            if (jour < debut || jour > fin) continue;
+            ++comptes;
+            if (rapport != Rapport::Quotas) continue;
+            // The day row: the row whose header is the entry's date.
+            const int64_t rang = DayDiff(p.debut, *quand) + 1;
+            const std::string entete = FormatDDMMYYYY(*quand, '-');
+            int row = 0;
+            if (rang >= 1 && rang < quotas.MaxRows() &&
+                quotas.RowHeader(0, static_cast<int>(rang)) == entete)
+                row = static_cast<int>(rang);
+            for (int r = 1; row == 0 && r < quotas.MaxRows(); ++r)
+                if (quotas.RowHeader(0, r) == entete) row = r;
+            if (row == 0) continue;
+            quotas.Increment(classe, row);
+            if (classe == kColFr || classe == kColNT) quotas.Increment(kColFrNT, row);
+            // The regulated band, 06:30 (08:30 at weekends) to 22:30, seconds ignored.
+            const std::string hhmm = PadNumber(quand->hour, 2) + PadNumber(quand->minute, 2);
+            const std::string debutBande = DayOfWeek(*quand) >= 6 ? "0830" : "0630";
+            if (hhmm >= debutBande && hhmm <= "2230") {
+                quotas.Increment(classe + kDecalageBande, row);
+                if (classe == kColFr || classe == kColNT)
+                    quotas.Increment(kColFrNT + kDecalageBande, row);
+            }
+        }
+        bilan_.passagesComptes += comptes;
+        if (rapport != Rapport::Quotas && comptes > 0) {
+            auto it = lignes.find(cleLigne);
+            if (it == lignes.end()) {
+                LigneMorceau l = DescriptionMorceau(p.source, p.station);
+                it = lignes.emplace(cleLigne, std::move(l)).first;
+            }
+            it->second.nombre += comptes;
+        }
+        if (arret_) break;
+    }
+
+    if (rapport == Rapport::Quotas) {
+        TotauxEtPourcentages(quotas);
+        return;
+    }
+    // Per-track reports: one row per track (or per song when versions are folded), the most
+    // broadcast first, then by title and key.
+    std::vector<LigneMorceau> tri;
+    for (auto& [cleLigne, l] : lignes) {
+        LigneMorceau ligne = l;
+        const auto d = descriptionsPrincipales.find(cleLigne);
+        if (d != descriptionsPrincipales.end()) {
+            const long nombre = ligne.nombre;
+            ligne = d->second;
+            ligne.nombre = nombre;
+        }
+        tri.push_back(std::move(ligne));
+    }
+    std::stable_sort(tri.begin(), tri.end(), [](const LigneMorceau& a, const LigneMorceau& b) {
+        if (a.nombre != b.nombre) return a.nombre > b.nombre;
+        if (a.titre != b.titre) return a.titre < b.titre;
+        return a.cle < b.cle;
+    });
+    grille.SetMaxRows(static_cast<int>(tri.size()));
+    for (size_t i = 0; i < tri.size(); ++i) {
+        const int row = static_cast<int>(i + 1);
+        const LigneMorceau& l = tri[i];
+        grille.SetRowHeader(0, row, std::to_string(row));
+        if (rapport == Rapport::TopDiffusion) {
+            grille.SetText(kTopTitre, row, l.titre);
+            grille.SetText(kTopArtiste, row, l.artiste1);
+            grille.SetText(kTopArtiste2, row, l.artiste2);
+            grille.SetText(kTopCategorie, row, l.categorie);
+            grille.SetText(kTopDuree, row, l.duree);
+            grille.SetText(kTopId, row, l.cle);
+            grille.SetText(kTopNombre, row, std::to_string(l.nombre));
+            grille.SetText(kTopClip, row, l.clip);
+        } else {
+            grille.SetText(kSacemArtiste, row, l.artistes);
+            grille.SetText(kSacemTitre, row, l.titre);
+            grille.SetText(kSacemDuree, row, l.duree);
+            grille.SetText(kSacemLabel, row, l.label);
+            grille.SetText(kSacemNombre, row, std::to_string(l.nombre));
+        }
+    }
+}
+
+void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
+    namespace lp = rec::LogPub;
+    namespace mp = rec::MessagePub;
+    namespace ec = rec::EnteteContrat;
+    namespace cm = rec::Commercial;
+    Grid& g = publicite_;
+    g.ClearData();
+    g.SetMaxRows(0);
+    const std::string cleFin = FormatYYYYMMDD(p.fin) + "235959";
+    std::string cle = FormatYYYYMMDD(p.debut) + "000000";
+    int16_t op = kBtrGetGreaterOrEqual;
+    for (;;) {
+        BTRieve(p.source, op, cle, 0, kFichierLogPub, p.station, kOrigine);
+        op = kBtrGetNext;
+        if (StatutBTrieve == 9 || StatutBTrieve == 4) break;
+        if (StatutBTrieve != 0) {
+            ErreurBTrieve(p.source, kFichierLogPub, cle, kOrigine, p.station);
+            break;
+        }
+        if (cle.substr(0, lp::Cle.length) > cleFin) break;
+        ++bilan_.enregistrementsLus;
+        Attendre();
+        if (arret_) break;
+
+        auto log = TamponEnreg(kFichierLogPub);
+        const std::string client = Trim(rec::GetText(log, lp::CodeClient));
+        rec::SetText(log, lp::CodeClient, client);
+        if (client.empty()) continue;
+        const std::string reference = Trim(rec::GetText(log, lp::Reference));
+        std::vector<std::string> parties;
+        for (size_t start = 0;;) {
+            const size_t bar = reference.find(lp::kSeparateurReference, start);
+            parties.push_back(Trim(reference.substr(
+                start, bar == std::string::npos ? std::string::npos : bar - start)));
+            if (bar == std::string::npos) break;
+            start = bar + 1;
+        }
+        const std::string zone = parties.size() == 2 ? parties[0] + "/" + parties[1] : reference;
+        const std::string cleSpot = Trim(rec::GetText(log, lp::CleSpot));
+        const std::string cleMessage = rec::GetBytes(log, lp::CleMessage);
+        const std::string noContrat = rec::GetBytes(log, lp::NoContrat);
+        const std::string colMessage = cleSpot + "/" + Trim(rec::GetText(log, lp::CleMessage));
+
+        // The message: its spot number and text.
+        std::string cleM = cleMessage;
+        std::string texteMessage = "Message: " + Trim(rec::GetText(log, lp::CleMessage));
+        BTRieve(p.source, kBtrGetEqual, cleM, 0, kFichierMessages, p.station, kOrigine);
+        if (StatutBTrieve == 0) {
+            const auto msg = TamponEnreg(kFichierMessages);
+            texteMessage = PadNumber(PubNoSpot(TexteBrut(msg, mp::NoSpot)), 4) + " " +
+                           Trim(rec::GetText(msg, mp::TexteMessage));
+        } else if (StatutBTrieve != 4) {
+            ErreurBTrieve(p.source, kFichierMessages, cleM, kOrigine, p.station);
+        }
+        // The contract tells who sold it: the salesperson's code.
+        std::string codeCommercial;
+        std::string cleC = noContrat;
+        BTRieve(p.source, kBtrGetGreaterOrEqual, cleC, 2, kFichierContrats, p.station, kOrigine);
+        if (StatutBTrieve == 0) {
+            const auto contrat = TamponEnreg(kFichierContrats);
+            if (TexteBrut(contrat, ec::NoContrat) == noContrat)
+                codeCommercial = Trim(rec::GetText(contrat, ec::CodeCommercial));
+        } else if (StatutBTrieve != 9 && StatutBTrieve != 4) {
+            ErreurBTrieve(p.source, kFichierContrats, cleC, kOrigine, p.station);
+        }
+        std::string nomCommercial = "Commercial: " + codeCommercial;
+        if (!codeCommercial.empty()) {
+            std::string cleCo =
+                Calibre(codeCommercial, static_cast<int>(cm::CodeCommercial.length));
+            BTRieve(p.source, kBtrGetEqual, cleCo, 0, kFichierCommerciaux, p.station, kOrigine);
+            if (StatutBTrieve == 0)
+                nomCommercial =
+                    Trim(rec::GetText(TamponEnreg(kFichierCommerciaux), cm::NomCommercial));
+            else if (StatutBTrieve != 4)
+                ErreurBTrieve(p.source, kFichierCommerciaux, cleCo, kOrigine, p.station);
+        }
+
+        // The line of this client, message and zone; the client's and the message's first lines
+        // carry their running totals.
+        int rowClient = 0;
+        int rowMessage = 0;
+        int trouve = 0;
+        for (int row = 1; row <= g.MaxRows(); ++row) {
+            if (g.Text(kPubClient, row) != client) continue;
+            if (rowClient == 0) rowClient = row;
+            if (g.Text(kPubMessage, row) != colMessage) continue;
+            if (rowMessage == 0) rowMessage = row;
+            if (g.Text(kPubZone, row) != zone) continue;
+            trouve = row;
+            break;
+        }
+        if (trouve) {
+            g.Increment(kPubTotalLigne, trouve);
+        } else {
+            trouve = g.MaxRows() + 1;
+            g.SetMaxRows(trouve);
+            g.SetRowHeader(0, trouve, std::to_string(trouve));
+            g.SetText(kPubClient, trouve, client);
+            g.SetText(kPubNomClient, trouve, LibClient(p.source, p.station, client));
+            g.SetText(kPubCommercial, trouve, codeCommercial);
+            g.SetText(kPubNomCommercial, trouve, nomCommercial);
+            g.SetText(kPubMessage, trouve, colMessage);
+            g.SetText(kPubTexteMessage, trouve, texteMessage);
+            g.SetText(kPubZone, trouve, zone);
+            g.SetText(kPubTotalLigne, trouve, "1");
+            if (rowMessage == 0) rowMessage = trouve;
+            if (rowClient == 0) rowClient = trouve;
+        }
+        g.Increment(kPubTotalMessage, rowMessage);
+        g.Increment(kPubTotalClient, rowClient);
+        ++bilan_.diffusionsComptees;
+    }
+}
+
+}  // namespace zl3

@@ -1,0 +1,83 @@
+// The search behind the main window's "Lancer" button: the music reports (Quotas, "Top
+// Diffusion", "SACEM") walk the tracks and their broadcast history over a period; the advertising
+// report walks the advertising broadcast log. The same button stops a running search.
+//
+// The search runs on the caller's thread and yields to the event loop every 20 tracks (and once
+// per advertising record), so that the window stays responsive and a second click on the button
+// can ask to stop.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "DateTime.h"
+#include "Grid.h"
+#include "Lib_Tableur.h"
+#include "Rapport.h"
+
+namespace zl3 {
+
+struct ParametresRecherche {
+    std::string ongletMain = "Musique";  // "Musique", "Publicite" (or "Incidents": no search)
+    int sousOngletMusique = 0;           // 0 Quotas, 1 "Top Diffusion", 2 "SACEM"
+    DateTime debut;
+    DateTime fin;
+    int station = 1;  // 1-based
+    int source = 0;   // caller slot of the database layer
+    // Versions of one song (FRAD032 versions lists) are folded into the song's row of the
+    // per-track reports.
+    bool regrouperVersions = false;
+};
+
+struct BilanRecherche {
+    int morceauxLus = 0;         // tracks read (music)
+    long passagesComptes = 0;    // broadcasts counted (music)
+    int enregistrementsLus = 0;  // log records read (advertising)
+    int diffusionsComptees = 0;  // broadcasts counted (advertising)
+    bool arretee = false;        // stopped by the user
+    bool effectuee = false;      // a search ran
+};
+
+class RechercheStats {
+  public:
+    RechercheStats(TableursMusique& musique, Grid& publicite);
+
+    // Starts a search, or, while one runs, asks "Voulez-vous stopper la recherche ?".
+    void CommandLancer_Click(const ParametresRecherche& parametres);
+
+    bool EnCours() const { return enCours_; }
+    bool ArretDemande() const { return arret_; }
+    // Caption of the button: "Lancer", or "Stopper" while a search runs.
+    const std::string& Caption() const { return caption_; }
+    std::function<void(const std::string&)> onCaption;
+    const BilanRecherche& Bilan() const { return bilan_; }
+
+  private:
+    void DefinirCaption(const std::string& caption);
+    void Attendre();  // yields to the event loop
+    void RechercheMusique(const ParametresRecherche& p, Rapport rapport);
+    void RecherchePublicite(const ParametresRecherche& p);
+    std::string ListeCategoriesTop(const ParametresRecherche& p);
+
+    TableursMusique& musique_;
+    Grid& publicite_;
+    bool enCours_ = false;
+    bool arret_ = false;
+    std::string caption_ = "Lancer";
+    BilanRecherche bilan_;
+};
+
+// Percentage text of a quota cell: count / base × 100 as "####0.0" followed by " %".
+std::string TextePourcentage(long long count, long long base);
+// Fills the "Total" row (sums of the count columns) and the percentages of every row.
+void TotauxEtPourcentages(Grid& quotas);
+
+// Catalogue files a search reads.
+inline constexpr int kFichiersRecherche[] = {1, 3, 5, 18, 20, 21, 22, 26, 32, 47};
+// Opens them for stations `premiere`..`derniere` under caller slot `source` (the versions file
+// for writing, the others read-only); closes them.
+void OuvrirFichiersRecherche(int source, int premiere, int derniere);
+void FermerFichiersRecherche(int source, int premiere, int derniere);
+
+}  // namespace zl3
