@@ -5,7 +5,9 @@
 // of BIFF8 records. Texts go through the shared string table in UTF-16 (one byte per character
 // when every character of the text is below U+0100, as BIFF8 allows), so accented French titles
 // and names, "œ", "€" and characters beyond the Basic Multilingual Plane come back unchanged.
-// Empty cells are not written: an absent cell is an empty cell for every reader.
+// Empty cells are not written: an absent cell is an empty cell for every reader. Columns are made
+// wide enough for their longest text (up to 80 characters), and the text of a merged zone is
+// centred over it, as the band headers are in the grids.
 #pragma once
 
 #include <string>

@@ -38,7 +38,8 @@ fs::path NomTemporaire(const fs::path& cible) {
     uint64_t v = graine ^ (temps * 0x9E3779B97F4A7C15ULL) ^ (++compteur * 0xBF58476D1CE4E5B9ULL);
     static const char kHex[] = "0123456789abcdef";
     std::string suffixe(16, '0');
-    for (int i = 15; i >= 0; --i, v >>= 4) suffixe[static_cast<size_t>(i)] = kHex[v & 0xF];
+    for (int i = 15; i >= 0; --i, v >>= 4)
+        suffixe[static_cast<size_t>(i)] = kHex[v & 0xF];
     fs::path nom = cible.filename();
     nom = fs::path(u8"~") += nom;
     nom += u8".";
@@ -49,7 +50,7 @@ fs::path NomTemporaire(const fs::path& cible) {
 
 // Buffered sink over the temporary file; remembers the first failure.
 class SortieTamponnee : public SortieFichier {
-public:
+  public:
     explicit SortieTamponnee(std::ofstream& f) : f_(f) { tampon_.reserve(kTaille); }
     void Ecrit(std::string_view octets) override {
         if (tampon_.size() + octets.size() > kTaille) Vide();
@@ -59,11 +60,12 @@ public:
             tampon_.append(octets);
     }
     void Vide() {
-        if (!tampon_.empty()) f_.write(tampon_.data(), static_cast<std::streamsize>(tampon_.size()));
+        if (!tampon_.empty())
+            f_.write(tampon_.data(), static_cast<std::streamsize>(tampon_.size()));
         tampon_.clear();
     }
 
-private:
+  private:
     static constexpr size_t kTaille = 1 << 20;
     std::ofstream& f_;
     std::string tampon_;
@@ -125,13 +127,6 @@ ResultatEcriture EcritFichierAtomique(const std::string& chemin,
     if (ec)
         return abandonne("Impossible de nommer le fichier '" + chemin + "' (" + ec.message() + ")");
     return ResultatEcriture::Succes();
-}
-
-ResultatEcriture EcritFichierAtomique(const std::string& chemin, std::string_view contenu) {
-    return EcritFichierAtomique(chemin, [contenu](SortieFichier& sortie, std::string&) {
-        sortie.Ecrit(contenu);
-        return true;
-    });
 }
 
 // ---- UTF-8 ----------------------------------------------------------------------------------

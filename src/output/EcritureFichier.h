@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zl3 {
 
@@ -18,19 +19,19 @@ struct ResultatEcriture {
     static ResultatEcriture Echec(std::string texte) { return {false, std::move(texte)}; }
 };
 
-// Writes `contenu` to `chemin` (UTF-8 path) through a temporary file of the same folder that is
-// renamed over the final name once completely written and closed. On any failure the temporary
-// file is removed and an existing file under the final name is left as it was.
-ResultatEcriture EcritFichierAtomique(const std::string& chemin, std::string_view contenu);
-
-// The same for a writer that produces its bytes in pieces: `producteur` writes them to the
-// sink it is given and returns false, with its error text, to abandon the file.
+// The writer produces its bytes in pieces: `producteur` writes them to the sink it is given and
+// returns false, with its error text, to abandon the file.
 class SortieFichier {
-public:
+  public:
     virtual ~SortieFichier() = default;
     virtual void Ecrit(std::string_view octets) = 0;
 };
 using ProducteurFichier = std::function<bool(SortieFichier& sortie, std::string& erreur)>;
+
+// Writes to `chemin` (UTF-8 path) through a temporary file of the same folder that is renamed
+// over the final name once completely written and closed. On any failure, an exception of the
+// producer included, the temporary file is removed and an existing file under the final name is
+// left as it was.
 ResultatEcriture EcritFichierAtomique(const std::string& chemin,
                                       const ProducteurFichier& producteur);
 
