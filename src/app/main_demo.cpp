@@ -1,50 +1,97 @@
-// zl3-demo: creates a complete demonstration installation of the suite under a root folder.
+// zl3-demo: creates a complete demonstration installation of the suite under a root folder, with
+// a station database in each base's data folder.
+#include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <string>
 
+#include "BaseDemo.h"
 #include "DemoSite.h"
+#include "Ecriture.h"
 #include "Lib_Systeme.h"
-#include "OptionsLigne.h"
+#include "OptionsDemo.h"
 
 namespace {
 
-const char* kUsage =
-    "Usage: zl3-demo --root DIR [--bases N] [--stations N]\n"
-    "Crée sous DIR une installation complète de la suite Zelvar (dossier Windows, Win.ini,\n"
-    "configuration des bases et des stations, dossiers de données, de journaux et de sons).\n"
-    "  --bases N      nombre de bases (radios), 1 à 20 (défaut 1)\n"
-    "  --stations N   stations par base, 1 à 10 (défaut 2)\n";
+zl3::DateTime Aujourdhui() {
+    const std::time_t maintenant = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&maintenant, &local);
+    zl3::DateTime d;
+    d.year = local.tm_year + 1900;
+    d.month = local.tm_mon + 1;
+    d.day = local.tm_mday;
+    return d;
+}
+
+void AfficherBilan(const zl3::demo::BilanBase& bilan, const std::string& dossier) {
+    std::printf("Base %d (%s)\n", bilan.base, dossier.c_str());
+    for (std::size_t s = 0; s < bilan.stations.size(); ++s) {
+        const zl3::demo::BilanStation& b = bilan.stations[s];
+        std::printf(
+            "  Station %zu : %lld morceaux + %lld habillages, %lld historiques, %lld événements "
+            "musicaux, %lld spots diffusés sur %lld programmés\n",
+            s + 1, static_cast<long long>(b.morceaux), static_cast<long long>(b.habillages),
+            static_cast<long long>(b.historiques), static_cast<long long>(b.evenements),
+            static_cast<long long>(b.diffuses), static_cast<long long>(b.prevus));
+    }
+    std::string ligne = "  Enregistrements :";
+    for (const auto& [nom, nombre] : bilan.enregistrements)
+        if (nombre > 0) ligne += " " + nom + "=" + std::to_string(nombre);
+    std::printf("%s\n", ligne.c_str());
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    zl3::OptionsLigne options({"root", "bases", "stations"}, {"help"});
-    long long bases = 1;
-    long long stations = 2;
-    if (!options.Analyse(argc, argv) || !options.Entier("bases", 1, 20, bases) ||
-        !options.Entier("stations", 1, 10, stations)) {
-        std::fprintf(stderr, "zl3-demo: %s\n%s", options.Erreur().c_str(), kUsage);
-        return 2;
+    zl3::demo::OptionsDemo options;
+    std::string message;
+    switch (zl3::demo::AnalyserOptionsDemo(argc, argv, Aujourdhui(), options, message)) {
+        case zl3::demo::Analyse::Aide:
+            std::fputs(zl3::demo::UsageDemo(), stdout);
+            return 0;
+        case zl3::demo::Analyse::Erreur:
+            std::fprintf(stderr, "zl3-demo: %s\n%s", message.c_str(), zl3::demo::UsageDemo());
+            return 2;
+        case zl3::demo::Analyse::Continuer:
+            break;
     }
-    if (options.A("help")) {
-        std::fputs(kUsage, stdout);
-        return 0;
-    }
-    const auto root = options.Valeur("root");
-    if (!root || root->empty() || !options.Arguments().empty()) {
-        std::fprintf(stderr, "zl3-demo: l'option --root est obligatoire\n%s", kUsage);
-        return 2;
-    }
-    zl3::sys::SetZelvarRoot(*root);
+
+    const auto debut = std::chrono::steady_clock::now();
+    zl3::sys::SetZelvarRoot(options.racine);
     std::string erreur;
     zl3::OptionsSiteDemo site;
-    site.bases = static_cast<int>(bases);
-    site.stations = static_cast<int>(stations);
+    site.bases = options.bases;
+    site.stations = options.stations;
     if (!zl3::CreerSiteDemo(site, erreur)) {
         std::fprintf(stderr, "zl3-demo: %s\n", erreur.c_str());
         return 1;
     }
-    std::printf("Site de démonstration créé sous %s (%lld base(s), %lld station(s) par base)\n",
-                zl3::sys::ZelvarRoot().c_str(), bases, stations);
+    std::printf("Site de démonstration créé sous %s (%d base(s), %d station(s) par base)\n",
+                zl3::sys::ZelvarRoot().c_str(), options.bases, options.stations);
+
+    zl3::demo::OptionsBaseDemo base;
+    base.stations = options.stations;
+    base.morceaux = options.morceaux;
+    base.jours = options.jours;
+    base.fin = options.fin;
+    base.graine = options.graine;
+    std::printf("Historique du %s au %s, graine %llu\n",
+                zl3::FormatDDMMYYYY(zl3::demo::PremierJourDemo(base)).c_str(),
+                zl3::FormatDDMMYYYY(options.fin).c_str(),
+                static_cast<unsigned long long>(options.graine));
+    for (int b = 1; b <= options.bases; ++b) {
+        base.base = b;
+        const std::string dossier = zl3::sys::NativePath(zl3::DossierDataDemo(b));
+        try {
+            AfficherBilan(zl3::demo::RemplirBaseDemo(base, dossier), dossier);
+        } catch (const zl3::demo::ErreurDemo& e) {
+            std::fprintf(stderr, "zl3-demo: base %d : %s\n", b, e.what());
+            return 1;
+        }
+    }
+    const double secondes =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - debut).count();
+    std::printf("Terminé en %.1f s\n", secondes);
     return 0;
 }

@@ -1,11 +1,13 @@
 // zl3-stats: runs the tool's reports on a site without windows, for scripts and scheduled
 // monthly reports.
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "Demarrage.h"
 #include "GrilleTexte.h"
+#include "Lib_Export.h"
 #include "Lib_Config.h"
 #include "Lib_Data_Pervasive.h"
 #include "Lib_Public.h"
@@ -21,18 +23,35 @@ const char* kUsage =
     "Usage:\n"
     "  zl3-stats --root DIR --summary\n"
     "  zl3-stats --root DIR [--base N] --station N --report quotas|top|sacem|pub\n"
-    "            --from YYYY-MM-DD --to YYYY-MM-DD [--format table|csv] [--out FILE]\n"
-    "            [--versions]\n"
+    "            --from YYYY-MM-DD --to YYYY-MM-DD [--format table|csv|xls|xml] [--out FILE]\n"
+    "            [--overwrite] [--versions]\n"
     "  --root DIR     dossier racine de l'installation (le poste Windows de la station)\n"
     "  --summary      initialise l'outil (configuration, journal) et affiche ce qu'il a trouvé\n"
     "  --base N       base (radio) à lire, 1 par défaut\n"
     "  --station N    station de la base (1 à 10)\n"
     "  --report R     quotas, top (Top Diffusion), sacem (relevé SACEM), pub (publicité)\n"
     "  --from/--to    période, dates incluses\n"
-    "  --format F     table (défaut, pour un terminal) ou csv\n"
-    "  --out FILE     écrit le résultat dans FILE au lieu de la sortie standard\n"
+    "  --format F     table (défaut, pour un terminal), csv, xls (Excel 97-2003) ou xml\n"
+    "  --out FILE     écrit le résultat dans FILE au lieu de la sortie standard (obligatoire\n"
+    "                 pour xls et xml; l'extension est ajoutée si elle manque)\n"
+    "  --overwrite    remplace un fichier xls ou xml existant (sinon il est gardé)\n"
     "  --versions     regroupe les versions d'une même chanson (Top Diffusion, SACEM)\n"
     "Codes de sortie: 0 succès, 1 site illisible ou erreur d'écriture, 2 arguments incorrects.\n";
+
+// Messages of the export step on the console; its overwrite question is answered by
+// --overwrite.
+class MessagesConsole : public zl3::MessageBoxUi {
+public:
+    explicit MessagesConsole(bool ecraser) : ecraser_(ecraser) {}
+    int Show(const zl3::MessageRequest& request) override {
+        std::fprintf(stderr, "%s\n", request.text.c_str());
+        if ((request.style & 0x0F) == zl3::kMbYesNo) return ecraser_ ? zl3::kIdYes : zl3::kIdNo;
+        return zl3::CloseButtonAnswer(request.style);
+    }
+
+private:
+    bool ecraser_;
+};
 
 int Usage(const std::string& message) {
     std::fprintf(stderr, "zl3-stats: %s\n%s", message.c_str(), kUsage);
@@ -44,7 +63,7 @@ int Usage(const std::string& message) {
 int main(int argc, char** argv) {
     using namespace zl3;
     OptionsLigne options({"root", "base", "station", "report", "from", "to", "format", "out"},
-                         {"summary", "help", "versions"});
+                         {"summary", "help", "versions", "overwrite"});
     if (!options.Analyse(argc, argv)) return Usage(options.Erreur());
     if (!options.Arguments().empty()) return Usage("argument inattendu: " + options.Arguments()[0]);
     if (options.A("help")) {
@@ -86,8 +105,10 @@ int main(int argc, char** argv) {
         if (!fin) return Usage("date incorrecte pour --to: '" + *to + "' (AAAA-MM-JJ)");
         if (DayDiff(*debut, *fin) < 0) return Usage("la période est vide: --to est avant --from");
         if (DayDiff(*debut, *fin) > 3660) return Usage("la période dépasse dix ans");
-        if (format != "table" && format != "csv")
-            return Usage("format inconnu: '" + format + "' (table ou csv)");
+        if (format != "table" && format != "csv" && format != "xls" && format != "xml")
+            return Usage("format inconnu: '" + format + "' (table, csv, xls ou xml)");
+        if ((format == "xls" || format == "xml") && !options.Valeur("out"))
+            return Usage("l'option --out est obligatoire pour le format " + format);
     }
 
     if (!sys::FolderExists(*root)) {
@@ -151,7 +172,23 @@ int main(int argc, char** argv) {
     FermerFichiersRecherche(source, st, st);
     TraceLogForce();
 
-    const Grid& grille = GrilleDuRapport(musique, publicite, *rapport);
+    Grid& grille = GrilleDuRapport(musique, publicite, *rapport);
+    if (format == "xls" || format == "xml") {
+        const std::string out = *options.Valeur("out");
+        MessagesConsole console(options.A("overwrite"));
+        ScopedServices services(Services{&console, nullptr, nullptr, nullptr});
+        ReglagesExport reglages;
+        reglages.dossier = std::filesystem::absolute(out).parent_path().string();
+        reglages.format = format == "xml" ? 2 : 0;
+        reglages.apresExport = 2;  // say where the file is, open nothing
+        const ResultatExport r = ExporteRapport(
+            grille, *rapport, std::to_string(st), *debut, *fin, reglages,
+            [&](const std::string&, const std::string&, const std::string&) { return out; });
+        TraceLogForce();
+        if (r.Ok()) return 0;
+        if (!r.erreur.empty()) std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
+        return 1;
+    }
     const std::string texte = format == "csv" ? GrilleEnCsv(grille) : GrilleEnTableau(grille);
     if (const auto out = options.Valeur("out")) {
         std::ofstream f(*out, std::ios::binary | std::ios::trunc);

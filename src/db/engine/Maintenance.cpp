@@ -1,0 +1,296 @@
+#include "Maintenance.h"
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "Btrieve.h"
+#include "KeyLayout.h"
+#include "Store.h"
+
+namespace zl3::btr {
+namespace {
+
+constexpr size_t kMaxProblems = 20;
+constexpr int kLoadGroup = 1000;
+constexpr uint32_t kMaxRecordLength = 65535;
+
+struct Db {
+    sqlite3* db = nullptr;
+    ~Db() { sqlite3_close_v2(db); }
+};
+
+struct Stmt {
+    sqlite3_stmt* st = nullptr;
+    ~Stmt() { sqlite3_finalize(st); }
+};
+
+struct File {
+    std::FILE* f = nullptr;
+    ~File() {
+        if (f) std::fclose(f);
+    }
+};
+
+void Problem(CheckReport& r, const std::string& text) {
+    r.status = kIoError;
+    if (r.problems.size() < kMaxProblems) r.problems.push_back(text);
+}
+
+std::string SqliteProblem(sqlite3* db, const char* what) {
+    return std::string(what) + ": " + sqlite3_errmsg(db);
+}
+
+// Reads the first bytes through SQLite's own file handle: opening and closing a descriptor of our
+// own would drop the locks this process holds on the file.
+bool ReadHeader(sqlite3* db, uint8_t* header, size_t length) {
+    sqlite3_file* file = nullptr;
+    if (sqlite3_file_control(db, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK || !file ||
+        !file->pMethods)
+        return false;
+    std::memset(header, 0, length);
+    const int rc = file->pMethods->xRead(file, header, static_cast<int>(length), 0);
+    return rc == SQLITE_OK;
+}
+
+void CheckRecords(sqlite3* db, const FileDef& def, int64_t counter, CheckReport& r) {
+    std::string sql = "SELECT id, ver, data";
+    for (size_t k = 0; k < def.keys.size(); ++k)
+        sql += ", k" + std::to_string(k) + ", s" + std::to_string(k);
+    sql += " FROM zl3_records";
+    Stmt st;
+    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &st.st, nullptr) != SQLITE_OK) {
+        Problem(r, SqliteProblem(db, "records table"));
+        return;
+    }
+    std::vector<uint8_t> key(kMaxKeyLength);
+    int rc;
+    while ((rc = sqlite3_step(st.st)) == SQLITE_ROW) {
+        ++r.records;
+        const int64_t id = sqlite3_column_int64(st.st, 0);
+        const std::string where = "record " + std::to_string(id) + ": ";
+        if (id < 1 || id > counter) Problem(r, where + "number outside the file's counter");
+        if (sqlite3_column_int64(st.st, 1) < 1) Problem(r, where + "invalid version");
+        const auto* data = static_cast<const uint8_t*>(sqlite3_column_blob(st.st, 2));
+        if (!data || static_cast<size_t>(sqlite3_column_bytes(st.st, 2)) != def.recordLength) {
+            Problem(r, where + "length " + std::to_string(sqlite3_column_bytes(st.st, 2)) +
+                           " instead of " + std::to_string(def.recordLength));
+            continue;
+        }
+        for (size_t k = 0; k < def.keys.size(); ++k) {
+            const KeyDef& kd = def.keys[k];
+            const int kc = static_cast<int>(3 + 2 * k);
+            const bool indexed = IndexKey(kd, data, key.data());
+            const bool stored = sqlite3_column_type(st.st, kc) != SQLITE_NULL;
+            const std::string which = where + "key " + std::to_string(k) + ": ";
+            if (indexed != stored) {
+                Problem(r, which + (indexed ? "missing from its index" : "null key indexed"));
+                continue;
+            }
+            if (!indexed) continue;
+            if (static_cast<size_t>(sqlite3_column_bytes(st.st, kc)) != kd.length ||
+                std::memcmp(sqlite3_column_blob(st.st, kc), key.data(), kd.length) != 0)
+                Problem(r, which + "index value does not match the record");
+            const int64_t seq = sqlite3_column_int64(st.st, kc + 1);
+            if (kd.duplicates ? (seq < 1 || seq > counter) : seq != 0)
+                Problem(r, which + "invalid duplicate sequence");
+        }
+    }
+    if (rc != SQLITE_DONE) Problem(r, SqliteProblem(db, "reading records"));
+}
+
+}  // namespace
+
+CheckReport CheckFile(const std::string& path) {
+    CheckReport r;
+    struct stat st {};
+    if (::stat(path.c_str(), &st) != 0) {
+        r.status = kFileNotFound;
+        return r;
+    }
+    if (!S_ISREG(st.st_mode)) {
+        r.status = kNotABtrieveFile;
+        return r;
+    }
+    Db db;
+    if (sqlite3_open_v2(path.c_str(), &db.db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+        Problem(r, SqliteProblem(db.db, "open"));
+        return r;
+    }
+    uint8_t header[100];
+    if (!ReadHeader(db.db, header, sizeof header) ||
+        ClassifyHeader(header, sizeof header) != FileKind::kOurs) {
+        r.status = kNotABtrieveFile;
+        return r;
+    }
+    sqlite3_exec(db.db, "PRAGMA query_only=ON", nullptr, nullptr, nullptr);
+
+    {
+        Stmt ic;
+        if (sqlite3_prepare_v2(db.db, "PRAGMA integrity_check(20)", -1, &ic.st, nullptr) !=
+            SQLITE_OK) {
+            Problem(r, SqliteProblem(db.db, "integrity check"));
+            return r;
+        }
+        int rc;
+        while ((rc = sqlite3_step(ic.st)) == SQLITE_ROW) {
+            const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(ic.st, 0));
+            if (text && std::strcmp(text, "ok") != 0) Problem(r, std::string("sqlite: ") + text);
+        }
+        if (rc != SQLITE_DONE) Problem(r, SqliteProblem(db.db, "integrity check"));
+    }
+
+    FileDef def;
+    int64_t counter = 0;
+    {
+        Stmt meta;
+        if (sqlite3_prepare_v2(db.db, "SELECT layout, seq FROM zl3_file", -1, &meta.st, nullptr) !=
+                SQLITE_OK ||
+            sqlite3_step(meta.st) != SQLITE_ROW) {
+            Problem(r, SqliteProblem(db.db, "file definition"));
+            return r;
+        }
+        const auto* p = static_cast<const uint8_t*>(sqlite3_column_blob(meta.st, 0));
+        counter = sqlite3_column_int64(meta.st, 1);
+        if (!p ||
+            ParseLayout(p, static_cast<size_t>(sqlite3_column_bytes(meta.st, 0)), def) != kOk) {
+            Problem(r, "file definition: invalid creation layout");
+            return r;
+        }
+    }
+    CheckRecords(db.db, def, counter, r);
+    return r;
+}
+
+TransferResult SaveFile(const std::string& file, const std::string& out, int key) {
+    TransferResult result;
+    uint8_t block[kPositionBlockSize] = {};
+    std::vector<uint8_t> keyBuffer(kMaxKeyLength + 1, 0);
+    if (file.size() > kMaxKeyLength) {
+        result.status = kInvalidFileName;
+        return result;
+    }
+    std::memcpy(keyBuffer.data(), file.data(), file.size());
+    uint32_t length = 0;
+    result.status =
+        BtrCall(kOpen, block, nullptr, &length, keyBuffer.data(), kMaxKeyLength, kModeReadOnly);
+    if (result.status != kOk) return result;
+
+    File f;
+    f.f = std::fopen(out.c_str(), "wb");
+    if (!f.f) {
+        result.error = "cannot write " + out + ": " + std::strerror(errno);
+    } else {
+        std::vector<uint8_t> record(kMaxRecordLength);
+        uint16_t op = kGetFirst;
+        for (;;) {
+            length = kMaxRecordLength;
+            const int16_t status = BtrCall(op, block, record.data(), &length, keyBuffer.data(),
+                                           kMaxKeyLength, static_cast<int8_t>(key));
+            if (status == kEndOfFile) break;
+            if (status != kOk) {
+                result.status = status;
+                break;
+            }
+            std::fprintf(f.f, "%u,", length);
+            std::fwrite(record.data(), 1, length, f.f);
+            std::fputs("\r\n", f.f);
+            ++result.records;
+            op = kGetNext;
+        }
+        std::fputc(0x1A, f.f);
+        if (std::fflush(f.f) != 0 || std::ferror(f.f))
+            result.error = "cannot write " + out + ": " + std::strerror(errno);
+    }
+    BtrCall(kClose, block, nullptr, &length, keyBuffer.data(), kMaxKeyLength, 0);
+    return result;
+}
+
+namespace {
+
+// Reads the next record of a save file. Returns 1 for a record, 0 at the end, -1 when the file
+// is not in save format.
+int ReadSaved(std::FILE* f, std::vector<uint8_t>& record) {
+    int c = std::fgetc(f);
+    if (c == EOF || c == 0x1A) return 0;
+    uint32_t length = 0;
+    int digits = 0;
+    while (c >= '0' && c <= '9') {
+        length = length * 10 + static_cast<uint32_t>(c - '0');
+        if (++digits > 5 || length > kMaxRecordLength) return -1;
+        c = std::fgetc(f);
+    }
+    if (digits == 0 || c != ',') return -1;
+    record.resize(length);
+    if (length > 0 && std::fread(record.data(), 1, length, f) != length) return -1;
+    if (std::fgetc(f) != '\r' || std::fgetc(f) != '\n') return -1;
+    return 1;
+}
+
+}  // namespace
+
+TransferResult LoadFile(const std::string& in, const std::string& file) {
+    TransferResult result;
+    File f;
+    f.f = std::fopen(in.c_str(), "rb");
+    if (!f.f) {
+        result.error = "cannot read " + in + ": " + std::strerror(errno);
+        return result;
+    }
+    uint8_t block[kPositionBlockSize] = {};
+    std::vector<uint8_t> keyBuffer(kMaxKeyLength + 1, 0);
+    if (file.size() > kMaxKeyLength) {
+        result.status = kInvalidFileName;
+        return result;
+    }
+    std::memcpy(keyBuffer.data(), file.data(), file.size());
+    uint32_t length = 0;
+    result.status =
+        BtrCall(kOpen, block, nullptr, &length, keyBuffer.data(), kMaxKeyLength, kModeNormal);
+    if (result.status != kOk) return result;
+
+    std::vector<uint8_t> record;
+    int64_t number = 0;
+    bool inTransaction = false;
+    for (;;) {
+        const int got = ReadSaved(f.f, record);
+        if (got == 0) break;
+        ++number;
+        if (got < 0) {
+            result.error = "record " + std::to_string(number) + ": not in save format";
+            result.failedRecord = number;
+            break;
+        }
+        if (!inTransaction) {
+            result.status = BtrCall(kBeginTransaction, nullptr, nullptr, nullptr, nullptr, 0, 0);
+            if (result.status != kOk) break;
+            inTransaction = true;
+        }
+        length = static_cast<uint32_t>(record.size());
+        const int16_t status =
+            BtrCall(kInsert, block, record.data(), &length, keyBuffer.data(), kMaxKeyLength, 0);
+        if (status != kOk) {
+            result.status = status;
+            result.failedRecord = number;
+            break;
+        }
+        ++result.records;
+        if (result.records % kLoadGroup == 0) {
+            inTransaction = false;
+            result.status = BtrCall(kEndTransaction, nullptr, nullptr, nullptr, nullptr, 0, 0);
+            if (result.status != kOk) break;
+        }
+    }
+    if (inTransaction) {
+        // The records before the failing one are kept.
+        const int16_t status = BtrCall(kEndTransaction, nullptr, nullptr, nullptr, nullptr, 0, 0);
+        if (result.status == kOk) result.status = status;
+    }
+    BtrCall(kClose, block, nullptr, &length, keyBuffer.data(), kMaxKeyLength, 0);
+    return result;
+}
+
+}  // namespace zl3::btr
