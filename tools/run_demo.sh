@@ -1,10 +1,15 @@
 #!/usr/bin/env bash
 # From a fresh clone: installs what is needed, builds, creates the demo site under demo-site/
-# and runs the tool's main job on it.
+# (a year of broadcasts for two stations, ending yesterday) and runs the tool's main job on it:
+# the Quotas report of the last full month for station 1.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 tools/bootstrap.sh
 tools/build.sh
 ROOT=${ROOT:-$PWD/demo-site}
-build/src/app/zl3-demo --root "$ROOT"
-build/src/stats/zl3-stats --root "$ROOT" --summary
+build/src/db/demo/zl3-demo --root "$ROOT"
+FROM=$(date -d "$(date +%Y-%m-01) -1 month" +%Y-%m-%d)
+TO=$(date -d "$(date +%Y-%m-01) -1 day" +%Y-%m-%d)
+echo
+echo "Quotas, station 1, du $FROM au $TO:"
+build/src/stats/zl3-stats --root "$ROOT" --station 1 --report quotas --from "$FROM" --to "$TO"

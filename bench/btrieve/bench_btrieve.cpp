@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "Btrieve.h"
+#include "Lib_Data_Pervasive.h"
 #include "Lib_Data_Pervasive_2_Catalogue.h"
 #include "Store.h"
 
@@ -233,11 +234,53 @@ long RawScan(const Fixture& f) {
     return rows;
 }
 
+// The same walk and look-ups through the tool's call layer (BTRieve), with its call history on,
+// as the statistics run makes them.
+constexpr const char* kContexte = "Frm_Main:CommandLancer_Click";
+
+long CallLayerWalk(const Fixture& f) {
+    zl3::ResetLibDataPervasive();
+    if (!zl3::OuvertureFichierBTrieve(0, kTrackIndex, f.path, kTrackLength, 1, kModeReadOnly))
+        Fail("call layer open", zl3::StatutBTrieve);
+    std::string key = "000" + std::string(5, '\0');
+    long ops = 0;
+    int16_t op = zl3::kBtrGetGreaterOrEqual;
+    while (zl3::BTRieve(0, op, key, 0, kTrackIndex, 1, kContexte) == 0) {
+        ++ops;
+        op = zl3::kBtrGetNext;
+    }
+    ++ops;
+    if (zl3::StatutBTrieve != kEndOfFile) Fail("call layer walk", zl3::StatutBTrieve);
+    if (ops != static_cast<long>(f.codes.size()) + 1) Fail("call layer walk: record count", -1);
+    zl3::FermerTousLesFichiers();
+    zl3::ResetLibDataPervasive();
+    return ops;
+}
+
+long CallLayerGetEqual(const Fixture& f) {
+    zl3::ResetLibDataPervasive();
+    if (!zl3::OuvertureFichierBTrieve(0, kTrackIndex, f.path, kTrackLength, 1, kModeReadOnly))
+        Fail("call layer open", zl3::StatutBTrieve);
+    std::vector<std::string> order = f.codes;
+    std::mt19937 rng(47);
+    std::shuffle(order.begin(), order.end(), rng);
+    std::string key;
+    for (const std::string& code : order) {
+        key = code;
+        if (zl3::BTRieve(0, zl3::kBtrGetEqual, key, 0, kTrackIndex, 1, kContexte) != 0)
+            Fail("call layer get equal", zl3::StatutBTrieve);
+    }
+    zl3::ResetLibDataPervasive();
+    return static_cast<long>(order.size());
+}
+
 std::vector<Measure> Measures() {
     return {
         {"getnext_walk", "ops/s", [](const Fixture& f) { return Walk(BtrCall, f, 0); }},
         {"getequal_random", "ops/s", [](const Fixture& f) { return RandomGetEqual(BtrCall, f); }},
         {"getnext_walk_title", "ops/s", [](const Fixture& f) { return Walk(BtrCall, f, 5); }},
+        {"calllayer_getnext_walk", "ops/s", CallLayerWalk},
+        {"calllayer_getequal_random", "ops/s", CallLayerGetEqual},
         {"sqlite_scan", "rows/s", RawScan},
     };
 }
