@@ -186,7 +186,9 @@ int main(int argc, char** argv) {
             [&](const std::string&, const std::string&, const std::string&) { return out; });
         TraceLogForce();
         if (r.Ok()) return 0;
-        if (!r.erreur.empty()) std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
+        if (r.issue == IssueExport::NonEcrase)
+            std::fprintf(stderr, "zl3-stats: fichier existant gardé (--overwrite pour le remplacer)\n");
+        else if (!r.erreur.empty()) std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
         return 1;
     }
     const std::string texte = format == "csv" ? GrilleEnCsv(grille) : GrilleEnTableau(grille);
