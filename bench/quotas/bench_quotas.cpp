@@ -71,15 +71,14 @@ Comptes Plancher(const std::string& dossier, const DateTime& debut, const DateTi
     sqlite3* historique = nullptr;
     sqlite3_open_v2((dossier + cat::NomFichier(22, 0)).c_str(), &morceaux, SQLITE_OPEN_READONLY,
                     nullptr);
-    sqlite3_open_v2((dossier + cat::NomFichier(47, 0)).c_str(), &historique,
-                    SQLITE_OPEN_READONLY, nullptr);
+    sqlite3_open_v2((dossier + cat::NomFichier(47, 0)).c_str(), &historique, SQLITE_OPEN_READONLY,
+                    nullptr);
     sqlite3_stmt* scan = nullptr;
     sqlite3_stmt* get = nullptr;
     sqlite3_prepare_v2(morceaux,
                        "SELECT data FROM zl3_records WHERE k0 >= ?1 AND k0 <= ?2 ORDER BY k0, s0",
                        -1, &scan, nullptr);
-    sqlite3_prepare_v2(historique, "SELECT data FROM zl3_records WHERE k0 = ?1", -1, &get,
-                       nullptr);
+    sqlite3_prepare_v2(historique, "SELECT data FROM zl3_records WHERE k0 = ?1", -1, &get, nullptr);
     const std::string basse = "000" + std::string(5, '\0');
     const std::string haute = "999" + std::string(5, '\xFF');
     sqlite3_bind_blob(scan, 1, basse.data(), 8, SQLITE_STATIC);
@@ -92,7 +91,11 @@ Comptes Plancher(const std::string& dossier, const DateTime& debut, const DateTi
         const std::string cle = rec::GetBytes(track, rec::Morceau::CleMorceau);
         char flag = static_cast<char>(track[rec::Morceau::QuotaFlag.offset]);
         if (track[856] == 'O') flag = '1';  // the legacy value the call layer normalises
-        const int classe = flag == 'O' ? 1 : flag == '1' ? 2 : flag == 'N' ? 4 : flag == '-' ? 5 : 0;
+        const int classe = flag == 'O'   ? 1
+                           : flag == '1' ? 2
+                           : flag == 'N' ? 4
+                           : flag == '-' ? 5
+                                         : 0;
         if (!classe) continue;
         const std::string k = rec::HistoryKey(cle);
         sqlite3_bind_blob(get, 1, k.data(), static_cast<int>(k.size()), SQLITE_STATIC);
@@ -201,7 +204,8 @@ int main(int argc, char** argv) {
     if (json) {
         std::printf(
             "{\"quotas_ms\": %.1f, \"floor_ms\": %.1f, \"ratio\": %.2f, \"peak_rss_mb\": %.1f, "
-            "\"rss_private_mb\": %.1f, \"rss_mapped_mb\": %.1f, \"tracks\": %d, \"broadcasts\": %ld, "
+            "\"rss_private_mb\": %.1f, \"rss_mapped_mb\": %.1f, \"tracks\": %d, \"broadcasts\": "
+            "%ld, "
             "\"same_counts\": %s}\n",
             rapportMs, plancherMs, rapportMs / plancherMs, rssRapport / 1024.0, anon / 1024.0,
             fichiers / 1024.0, recherche.Bilan().morceauxLus, recherche.Bilan().passagesComptes,

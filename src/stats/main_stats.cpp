@@ -7,9 +7,9 @@
 
 #include "Demarrage.h"
 #include "GrilleTexte.h"
-#include "Lib_Export.h"
 #include "Lib_Config.h"
 #include "Lib_Data_Pervasive.h"
+#include "Lib_Export.h"
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
 #include "Lib_Tableur.h"
@@ -41,7 +41,7 @@ const char* kUsage =
 // Messages of the export step on the console; its overwrite question is answered by
 // --overwrite.
 class MessagesConsole : public zl3::MessageBoxUi {
-public:
+  public:
     explicit MessagesConsole(bool ecraser) : ecraser_(ecraser) {}
     int Show(const zl3::MessageRequest& request) override {
         std::fprintf(stderr, "%s\n", request.text.c_str());
@@ -49,7 +49,7 @@ public:
         return zl3::CloseButtonAnswer(request.style);
     }
 
-private:
+  private:
     bool ecraser_;
 };
 
@@ -187,8 +187,10 @@ int main(int argc, char** argv) {
         TraceLogForce();
         if (r.Ok()) return 0;
         if (r.issue == IssueExport::NonEcrase)
-            std::fprintf(stderr, "zl3-stats: fichier existant gardé (--overwrite pour le remplacer)\n");
-        else if (!r.erreur.empty()) std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
+            std::fprintf(stderr,
+                         "zl3-stats: fichier existant gardé (--overwrite pour le remplacer)\n");
+        else if (!r.erreur.empty())
+            std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
         return 1;
     }
     const std::string texte = format == "csv" ? GrilleEnCsv(grille) : GrilleEnTableau(grille);

@@ -230,7 +230,8 @@ TEST_F(QuotasTest, NewRunClearsTheGridAndYieldsEveryTwentyTracks) {
         Morceau("010" + PadNumber(i, 5), "N");
     Historique("01000007", {At(2026, 3, 10, 10)});
     Lancer(At(2026, 3, 1), At(2026, 3, 31));
-    EXPECT_EQ(events.calls, 2) << recherche.Bilan().morceauxLus << " " << box.shown.size() << (box.shown.empty() ? "" : box.shown[0].request.text);
+    EXPECT_EQ(events.calls, 2) << recherche.Bilan().morceauxLus << " " << box.shown.size()
+                               << (box.shown.empty() ? "" : box.shown[0].request.text);
     Grid& g = Lancer(At(2026, 3, 10), At(2026, 3, 11));
     EXPECT_EQ(g.MaxRows(), 3);
     EXPECT_EQ(g.Text(kColEtr, 1), "1");
