@@ -1,0 +1,249 @@
+// zl3-stats end to end on a small generated demo site: every report's rows add up to its
+// totals, the files it writes open in independent readers, wrong arguments and unreadable sites
+// get their exit codes.
+#include <sys/wait.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <map>
+
+#include "BaseDemo.h"
+#include "DemoSite.h"
+#include "Lib_Tableur.h"
+#include "TestSite.h"
+
+namespace zl3 {
+namespace {
+
+struct Sortie {
+    int code = -1;
+    std::string texte;  // standard output and error
+};
+
+Sortie Executer(const std::string& arguments) {
+    Sortie s;
+    const std::string cmd = std::string(ZL3_STATS_EXE) + " " + arguments + " 2>&1";
+    FILE* p = popen(cmd.c_str(), "r");
+    if (!p) return s;
+    char buf[4096];
+    size_t n;
+    while ((n = fread(buf, 1, sizeof buf, p)) > 0)
+        s.texte.append(buf, n);
+    const int status = pclose(p);
+    s.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return s;
+}
+
+// CSV lines split into cells (the reports' texts hold no quotes or line breaks).
+std::vector<std::vector<std::string>> Csv(const std::string& texte) {
+    std::vector<std::vector<std::string>> lignes;
+    size_t debut = 0;
+    while (debut < texte.size()) {
+        size_t fin = texte.find("\r\n", debut);
+        if (fin == std::string::npos) fin = texte.size();
+        std::vector<std::string> cells;
+        std::string cell;
+        bool guillemets = false;
+        for (size_t i = debut; i < fin; ++i) {
+            const char c = texte[i];
+            if (c == '"') {
+                if (guillemets && i + 1 < fin && texte[i + 1] == '"') {
+                    cell += '"';
+                    ++i;
+                } else {
+                    guillemets = !guillemets;
+                }
+            } else if (c == ',' && !guillemets) {
+                cells.push_back(cell);
+                cell.clear();
+            } else {
+                cell += c;
+            }
+        }
+        cells.push_back(cell);
+        lignes.push_back(cells);
+        debut = fin + 2;
+    }
+    return lignes;
+}
+
+long long N(const std::string& s) {
+    return s.empty() ? 0 : std::stoll(s);
+}
+
+class CommandeStats : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        root_ = test::NewTempDir("zl3stats");
+        sys::SetZelvarRoot(root_);
+        std::string erreur;
+        ASSERT_TRUE(CreerSiteDemo(OptionsSiteDemo{1, 1}, erreur)) << erreur;
+        demo::OptionsBaseDemo o;
+        o.stations = 1;
+        o.morceaux = 300;
+        o.jours = 40;
+        o.fin = DateTime{2026, 10, 31};
+        demo::RemplirBaseDemo(o, sys::WithTrailingSep(sys::NativePath(DossierDataDemo(1))));
+    }
+    static void TearDownTestSuite() { std::filesystem::remove_all(root_); }
+    static std::string Rapport(const std::string& rapport, const std::string& extra = "") {
+        return "--root " + root_ + " --station 1 --report " + rapport +
+               " --from 2026-10-01 --to 2026-10-31 " + extra;
+    }
+    static std::string root_;
+};
+std::string CommandeStats::root_;
+
+TEST_F(CommandeStats, QuotasDayRowsAddUpToTheTotalAndPercentagesMatch) {
+    const Sortie s = Executer(Rapport("quotas", "--format csv"));
+    ASSERT_EQ(s.code, 0) << s.texte;
+    const auto lignes = Csv(s.texte);
+    ASSERT_EQ(lignes.size(), 3u + 31u + 1u);
+    EXPECT_EQ(lignes[0][2], "00H00 - 23H59");
+    EXPECT_EQ(lignes[3][0], "01-10-2026");
+    EXPECT_EQ(lignes[3][1], "jeu.");
+    const auto& total = lignes.back();
+    EXPECT_EQ(total[0], "Total");
+    long long passages = 0;
+    for (int bloc = 0; bloc < 2; ++bloc) {
+        const int d = 2 + bloc * kDecalageBande;  // two row-header columns come first
+        for (int c = kColFr; c <= kColInstru; ++c) {
+            long long somme = 0;
+            for (size_t r = 3; r + 1 < lignes.size(); ++r)
+                somme += N(lignes[r][d + c - 1]);
+            EXPECT_EQ(somme, N(total[d + c - 1])) << "column " << c << " block " << bloc;
+            if (bloc == 0) passages += somme;
+        }
+        for (size_t r = 3; r < lignes.size(); ++r) {
+            const auto& l = lignes[r];
+            const long long fr = N(l[d]), nt = N(l[d + 1]), frnt = N(l[d + 2]), etr = N(l[d + 3]);
+            EXPECT_EQ(frnt, fr + nt);
+            const long long base = fr + nt + etr;
+            if (base == 0) {
+                EXPECT_EQ(l[d + 5], "");
+                continue;
+            }
+            const long long comptes[4] = {fr, nt, frnt, etr};
+            for (int k = 0; k < 4; ++k) {
+                const std::string& pct = l[d + 5 + k];
+                ASSERT_GE(pct.size(), 3u);
+                EXPECT_EQ(pct.substr(pct.size() - 2), " %");
+                EXPECT_NEAR(std::stod(pct), 100.0 * comptes[k] / base, 0.05) << pct;
+            }
+        }
+    }
+    EXPECT_GT(passages, 31 * 100);  // a month of a music station: 100+ counted songs a day
+}
+
+TEST_F(CommandeStats, PerTrackReportsAndAdvertisingTotals) {
+    for (const char* r : {"top", "sacem"}) {
+        const Sortie s = Executer(Rapport(r, "--format csv"));
+        ASSERT_EQ(s.code, 0) << s.texte;
+        const auto lignes = Csv(s.texte);
+        ASSERT_GT(lignes.size(), 10u) << r;
+        const size_t nombre = std::string(r) == "top" ? static_cast<size_t>(kTopNombre)
+                                                      : static_cast<size_t>(kSacemNombre);
+        for (size_t i = 2; i < lignes.size(); ++i)
+            EXPECT_GE(N(lignes[i - 1][nombre]), N(lignes[i][nombre])) << r << " row " << i;
+    }
+    const Sortie s = Executer(Rapport("pub", "--format csv"));
+    ASSERT_EQ(s.code, 0) << s.texte;
+    const auto lignes = Csv(s.texte);
+    ASSERT_GT(lignes.size(), 5u);
+    // Each client's first line holds the sum of its lines; each message's first line the sum of
+    // that message's lines.
+    std::map<std::string, long long> parClient, parMessage;
+    std::map<std::string, long long> totalClient, totalMessage;
+    for (size_t i = 1; i < lignes.size(); ++i) {
+        const auto& l = lignes[i];
+        const std::string client = l[kPubClient];
+        const std::string message = client + "|" + l[kPubMessage];
+        parClient[client] += N(l[kPubTotalLigne]);
+        parMessage[message] += N(l[kPubTotalLigne]);
+        if (!l[kPubTotalClient].empty()) {
+            EXPECT_FALSE(totalClient.count(client)) << client;
+            totalClient[client] = N(l[kPubTotalClient]);
+        }
+        if (!l[kPubTotalMessage].empty()) totalMessage[message] = N(l[kPubTotalMessage]);
+        EXPECT_FALSE(client.empty());
+    }
+    EXPECT_EQ(parClient, totalClient);
+    EXPECT_EQ(parMessage, totalMessage);
+}
+
+TEST_F(CommandeStats, SpreadsheetAndXmlFilesOpenInOtherReaders) {
+    const std::string xls = root_ + "quotas-octobre";
+    Sortie s = Executer(Rapport("quotas", "--format xls --out " + xls));
+    ASSERT_EQ(s.code, 0) << s.texte;
+    s = Executer(Rapport("quotas", "--format xls --out " + xls));
+    EXPECT_EQ(s.code, 1);
+    EXPECT_NE(s.texte.find("existe déjà"), std::string::npos) << s.texte;
+    const std::string lire =
+        "/usr/bin/python3 -c \"import xlrd,sys; b=xlrd.open_workbook(sys.argv[1]); "
+        "s=b.sheet_by_index(0); print(b.sheet_names()[0], s.nrows, s.ncols, "
+        "s.cell_value(s.nrows-1,0))\" ";
+    FILE* p = popen((lire + xls + ".xls").c_str(), "r");
+    char buf[256] = {};
+    ASSERT_TRUE(p);
+    (void)!fgets(buf, sizeof buf, p);
+    EXPECT_EQ(pclose(p), 0);
+    EXPECT_EQ(std::string(buf), "Quotas 35 20 Total\n");
+
+    const std::string xml = root_ + "pub.xml";
+    s = Executer(Rapport("pub", "--format xml --out " + xml));
+    ASSERT_EQ(s.code, 0) << s.texte;
+    const std::string parse =
+        "/usr/bin/python3 -c \"import xml.etree.ElementTree as E,sys; "
+        "r=E.parse(sys.argv[1]).getroot(); "
+        "print(r.tag, r[0].tag, r[0][0].text)\" " +
+        xml;
+    p = popen(parse.c_str(), "r");
+    ASSERT_TRUE(p);
+    std::memset(buf, 0, sizeof buf);
+    (void)!fgets(buf, sizeof buf, p);
+    EXPECT_EQ(pclose(p), 0);
+    EXPECT_EQ(std::string(buf), "Root Collection None\n");
+}
+
+TEST_F(CommandeStats, WrongArgumentsAndUnreadableSites) {
+    for (const std::string& args : std::vector<std::string>{
+             "", "--station 1 --report quotas --from 2026-10-01 --to 2026-10-31", Rapport("hebdo"),
+             Rapport("quotas", "--format pdf"),
+             "--root " + root_ + " --station 1 --report quotas --from 2026-10-32 --to 2026-10-31",
+             "--root " + root_ + " --station 1 --report quotas --from 2026-10-31 --to 2026-10-01",
+             "--root " + root_ + " --station 11 --report quotas --from 2026-10-01 --to 2026-10-31",
+             "--root " + root_ + " --station 2 --report quotas --from 2026-10-01 --to 2026-10-31",
+             Rapport("quotas", "--base 3"), Rapport("quotas", "--format xls"),
+             Rapport("quotas", "--inconnue")}) {
+        const Sortie s = Executer(args);
+        EXPECT_EQ(s.code, 2) << args << "\n" << s.texte;
+        EXPECT_NE(s.texte.find("Usage:"), std::string::npos) << args;
+    }
+    // A site without its database: the system's own error text, exit code 1.
+    const std::string vide = test::NewTempDir("zl3stats-vide");
+    sys::SetZelvarRoot(vide);
+    std::string erreur;
+    ASSERT_TRUE(CreerSiteDemo(OptionsSiteDemo{1, 1}, erreur));
+    Sortie s = Executer("--root " + vide +
+                        " --station 1 --report quotas --from 2026-10-01 --to 2026-10-31");
+    EXPECT_EQ(s.code, 1);
+    EXPECT_NE(s.texte.find("Err: 12: The MicroKernel cannot find the specified file"),
+              std::string::npos)
+        << s.texte;
+    // A database file that is not one: status 30.
+    test::WriteFile(sys::NativePath("C:\\BTRieve\\Data\\") + "FRADA22.bt6", "not a database\n");
+    s = Executer("--root " + vide +
+                 " --station 1 --report quotas --from 2026-10-01 --to 2026-10-31");
+    EXPECT_EQ(s.code, 1);
+    EXPECT_NE(s.texte.find("Err: 30: The file specified is not a MicroKernel file"),
+              std::string::npos)
+        << s.texte;
+    s = Executer("--root " + vide + "absent --summary");
+    EXPECT_EQ(s.code, 1);
+    std::filesystem::remove_all(vide);
+    sys::SetZelvarRoot(root_);
+}
+
+}  // namespace
+}  // namespace zl3
