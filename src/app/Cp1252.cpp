@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "Utf8.h"
+
 namespace zl3 {
 namespace {
 
@@ -21,70 +23,6 @@ uint32_t CodePointOf(unsigned char b) {
     return b;
 }
 
-void AppendUtf8(std::string& out, uint32_t cp) {
-    if (cp < 0x80) {
-        out += static_cast<char>(cp);
-    } else if (cp < 0x800) {
-        out += static_cast<char>(0xC0 | (cp >> 6));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else if (cp < 0x10000) {
-        out += static_cast<char>(0xE0 | (cp >> 12));
-        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (cp >> 18));
-        out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    }
-}
-
-// Decodes one UTF-8 sequence at `i`; returns false (and advances by one byte) when malformed.
-bool NextCodePoint(const std::string& s, size_t& i, uint32_t& cp) {
-    const auto b0 = static_cast<unsigned char>(s[i]);
-    if (b0 < 0x80) {
-        cp = b0;
-        ++i;
-        return true;
-    }
-    int len;
-    uint32_t min;
-    if ((b0 & 0xE0) == 0xC0) {
-        len = 2;
-        cp = b0 & 0x1F;
-        min = 0x80;
-    } else if ((b0 & 0xF0) == 0xE0) {
-        len = 3;
-        cp = b0 & 0x0F;
-        min = 0x800;
-    } else if ((b0 & 0xF8) == 0xF0) {
-        len = 4;
-        cp = b0 & 0x07;
-        min = 0x10000;
-    } else {
-        ++i;
-        return false;
-    }
-    if (i + len > s.size()) {
-        ++i;
-        return false;
-    }
-    for (int k = 1; k < len; ++k) {
-        const auto b = static_cast<unsigned char>(s[i + k]);
-        if ((b & 0xC0) != 0x80) {
-            ++i;
-            return false;
-        }
-        cp = (cp << 6) | (b & 0x3F);
-    }
-    if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
-        ++i;
-        return false;
-    }
-    i += len;
-    return true;
-}
-
 }  // namespace
 
 std::string Cp1252ToUtf8(const std::string& bytes) {
@@ -95,7 +33,7 @@ std::string Cp1252ToUtf8(const std::string& bytes) {
         if (b < 0x80)
             out += c;
         else
-            AppendUtf8(out, CodePointOf(b));
+            AppendUtf8(out, static_cast<char32_t>(CodePointOf(b)));
     }
     return out;
 }
@@ -106,8 +44,8 @@ std::string Utf8ToCp1252(const std::string& utf8, int* replaced) {
     int count = 0;
     size_t i = 0;
     while (i < utf8.size()) {
-        uint32_t cp = 0;
-        if (!NextCodePoint(utf8, i, cp)) {
+        char32_t cp = 0;
+        if (!DecodeUtf8(utf8, i, cp)) {
             out += kCp1252Replacement;
             ++count;
             continue;
@@ -135,9 +73,9 @@ std::string Utf8ToCp1252(const std::string& utf8, int* replaced) {
 
 bool IsValidUtf8(const std::string& text) {
     size_t i = 0;
-    uint32_t cp;
+    char32_t cp;
     while (i < text.size())
-        if (!NextCodePoint(text, i, cp)) return false;
+        if (!DecodeUtf8(text, i, cp)) return false;
     return true;
 }
 

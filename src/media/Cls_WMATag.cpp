@@ -8,6 +8,7 @@
 
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
+#include "Utf8.h"
 
 namespace fs = std::filesystem;
 
@@ -125,24 +126,6 @@ class Curseur {
     std::uint64_t limite_;
     std::uint64_t position_;
 };
-
-void AjouteUtf8(std::string& out, char32_t cp) {
-    if (cp < 0x80) {
-        out += static_cast<char>(cp);
-    } else if (cp < 0x800) {
-        out += static_cast<char>(0xC0 | (cp >> 6));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else if (cp < 0x10000) {
-        out += static_cast<char>(0xE0 | (cp >> 12));
-        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (cp >> 18));
-        out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    }
-}
 
 // Next character of a UTF-8 text. A byte that does not start a well-formed sequence stands for
 // itself, outside the Unicode range, so that it only ever equals the same byte.
@@ -420,7 +403,7 @@ std::string Cls_WMATag::UnicodeStr(std::span<const std::uint8_t> bytes) {
                 cp = 0xFFFD;
             }
         }
-        AjouteUtf8(out, cp);
+        AppendUtf8(out, cp);
     }
     return out;
 }

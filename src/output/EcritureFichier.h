@@ -2,6 +2,8 @@
 // the finished file, and the UTF-8 decoding both writers need to re-encode cell texts.
 #pragma once
 
+#include "Utf8.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -38,12 +40,15 @@ ResultatEcriture EcritFichierAtomique(const std::string& chemin,
 // UTF-8 decoding for re-encoding texts. Every malformed sequence (stray continuation byte, cut or
 // overlong sequence, encoded surrogate, value above U+10FFFF) yields one U+FFFD, the way text
 // editors show bytes they cannot read, so that a damaged text stays visible instead of vanishing.
-inline constexpr char32_t kCaractereRemplacement = 0xFFFD;
-
 // Decodes the character starting at `texte[pos]` and advances `pos` past it.
-char32_t LitCaractereUtf8(std::string_view texte, size_t& pos);
+inline char32_t LitCaractereUtf8(std::string_view texte, size_t& pos) {
+    char32_t c;
+    return DecodeUtf8(texte, pos, c) ? c : kCaractereRemplacement;
+}
 
 // Appends `c` to `sortie` in UTF-8.
-void AjouteUtf8(std::string& sortie, char32_t c);
+inline void AjouteUtf8(std::string& sortie, char32_t c) {
+    AppendUtf8(sortie, c);
+}
 
 }  // namespace zl3
