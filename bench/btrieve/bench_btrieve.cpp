@@ -136,7 +136,7 @@ Fixture Build(const Options& o, Figure& rate) {
     Fixture f;
     f.path = o.dir + "/FRADA22.bt6";
     zl3::InitCatalogueFichiers();
-    std::vector<uint8_t> layout = zl3::SpecificationCreation(zl3::CatalogueFichier(kTrackIndex));
+    std::vector<uint8_t> layout = zl3::StructureCreation(zl3::CatalogueFichier(kTrackIndex));
     KeyBuffer key = PathKey(f.path);
     uint8_t block[kPositionBlockSize] = {};
     uint32_t length = static_cast<uint32_t>(layout.size());

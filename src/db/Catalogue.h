@@ -31,7 +31,7 @@ inline std::string NomFichier(int index, int station0) {
     return NomFichierBTrieve(index, station0);
 }
 inline std::vector<uint8_t> LayoutCreation(int index) {
-    return SpecificationCreation(Entree(index));
+    return StructureCreation(Entree(index));
 }
 
 }  // namespace zl3::cat

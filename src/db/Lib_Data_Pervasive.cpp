@@ -407,13 +407,13 @@ int16_t CreerFichierVide(const std::string& chemin) {
         StatutBTrieve = 11;
         return StatutBTrieve;
     }
-    std::vector<uint8_t> spec = cat::LayoutCreation(fichier);
+    std::vector<uint8_t> structure = cat::LayoutCreation(fichier);
     char pos[kLongueurPosBloc];
     std::memset(pos, ' ', sizeof pos);
     std::vector<char> cle(chemin.begin(), chemin.end());
     cle.push_back('\0');
-    uint32_t longueur = static_cast<uint32_t>(spec.size());
-    StatutBTrieve = AppelMoteur(kBtrCreate, pos, spec.data(), &longueur, cle.data(),
+    uint32_t longueur = static_cast<uint32_t>(structure.size());
+    StatutBTrieve = AppelMoteur(kBtrCreate, pos, structure.data(), &longueur, cle.data(),
                                 static_cast<uint8_t>(std::min<size_t>(chemin.size(), 255)), 0);
     TraceLog("CreerFichierVide: " + chemin + " Status: " + std::to_string(StatutBTrieve));
     return StatutBTrieve;

@@ -210,7 +210,7 @@ DefinitionCle DefinitionCleCatalogue(int index, int noCle) {
     return DefinitionCleCatalogue(CatalogueFichier(index), noCle);
 }
 
-std::vector<uint8_t> SpecificationCreation(const FichierCatalogue& fichier) {
+std::vector<uint8_t> StructureCreation(const FichierCatalogue& fichier) {
     if (fichier.Vide()) return {};
     const int nbSegments = NbSegmentsUtilises(fichier);
     std::vector<uint8_t> layout(16 + 16 * static_cast<size_t>(nbSegments), 0);

@@ -71,6 +71,6 @@ DefinitionCle DefinitionCleCatalogue(const FichierCatalogue& fichier, int noCle)
 // Btrieve's creation layout for the entry, as expected by the Create operation: a 16-byte file
 // part (record length, page size, number of keys, ...) followed by one 16-byte part per key
 // segment (position, length, flags, ...), all little-endian. Empty for an entry without a file.
-std::vector<uint8_t> SpecificationCreation(const FichierCatalogue& fichier);
+std::vector<uint8_t> StructureCreation(const FichierCatalogue& fichier);
 
 }  // namespace zl3

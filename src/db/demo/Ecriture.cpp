@@ -48,7 +48,7 @@ void EcrivainBtrieve::CreerTout(int nbStations) {
     for (int index = 0; index < kNbFichiersCatalogue; ++index) {
         const FichierCatalogue& entree = CatalogueFichier(index);
         if (entree.Vide()) continue;
-        std::vector<uint8_t> structure = SpecificationCreation(entree);
+        std::vector<uint8_t> structure = StructureCreation(entree);
         const int nb = entree.ParStation == 'O' ? nbStations : 1;
         for (int station = 0; station < nb; ++station) {
             const std::string chemin = Chemin(index, station);

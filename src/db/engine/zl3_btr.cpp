@@ -86,7 +86,7 @@ int Create(const std::vector<std::string>& args) {
     if (!ParseInt(args[1], 0, zl3::kNbFichiersCatalogue - 1, index))
         return Usage("INDEX must be a catalogue index 0..50");
     zl3::InitCatalogueFichiers();
-    const std::vector<uint8_t> layout = zl3::SpecificationCreation(zl3::CatalogueFichier(index));
+    const std::vector<uint8_t> layout = zl3::StructureCreation(zl3::CatalogueFichier(index));
     if (layout.empty()) return Usage("catalogue index " + args[1] + " has no file");
     if (args[0].size() > kMaxKeyLength) return StatusFailure(args[0], kInvalidFileName);
     KeyBuffer key(args[0]);

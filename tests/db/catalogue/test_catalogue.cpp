@@ -26,7 +26,7 @@ TEST_F(BtrCatalogue, IndexesWithoutAFileAreEmpty) {
     for (int index : {8, 37, 38, 39, 50, -1, 51}) {
         EXPECT_TRUE(CatalogueFichier(index).Vide()) << index;
         EXPECT_EQ(NomFichierBTrieve(index, 0), "") << index;
-        EXPECT_TRUE(SpecificationCreation(CatalogueFichier(index)).empty()) << index;
+        EXPECT_TRUE(StructureCreation(CatalogueFichier(index)).empty()) << index;
         EXPECT_EQ(DefinitionCleCatalogue(index, 0).Longueur, 0) << index;
     }
     int files = 0;
@@ -109,7 +109,7 @@ TEST_F(BtrCatalogue, KeyDefinitionsSpanTheirSegments) {
 }
 
 TEST_F(BtrCatalogue, CreationLayoutIsBtrievesLittleEndianLayout) {
-    const std::vector<uint8_t> layout = SpecificationCreation(CatalogueFichier(20));
+    const std::vector<uint8_t> layout = StructureCreation(CatalogueFichier(20));
     const std::vector<uint8_t> expected = {
         // record length 300, page size 1024, 4 keys, then reserved fields
         0x2C,
@@ -215,11 +215,11 @@ TEST_F(BtrCatalogue, CreationLayoutIsBtrievesLittleEndianLayout) {
         0,
     };
     EXPECT_EQ(layout, expected);
-    const std::vector<uint8_t> history = SpecificationCreation(CatalogueFichier(47));
+    const std::vector<uint8_t> history = StructureCreation(CatalogueFichier(47));
     ASSERT_EQ(history.size(), 32u);
     EXPECT_EQ(history[0] | history[1] << 8, 4082);
     EXPECT_EQ(history[2] | history[3] << 8, 4096);
-    EXPECT_EQ(SpecificationCreation(CatalogueFichier(12)).size(), 16u + 7 * 16);
+    EXPECT_EQ(StructureCreation(CatalogueFichier(12)).size(), 16u + 7 * 16);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ TEST(BtrLayout, EveryCatalogueFileIsCreatedAndStatGivesItsLayoutBack) {
     for (int index = 0; index < kNbFichiersCatalogue; ++index) {
         const FichierCatalogue& entry = CatalogueFichier(index);
         if (entry.Vide()) continue;
-        const std::vector<uint8_t> layout = SpecificationCreation(entry);
+        const std::vector<uint8_t> layout = StructureCreation(entry);
         // The catalogue's Create passes a 160-byte buffer whatever the number of segments.
         std::vector<uint8_t> buffer(160, 0);
         std::copy(layout.begin(), layout.end(), buffer.begin());
@@ -55,7 +55,7 @@ TEST(BtrLayout, EveryCatalogueFileIsCreatedAndStatGivesItsLayoutBack) {
 
 TEST(BtrLayout, SegmentedKeysFollowTheSegmentedFlag) {
     InitCatalogueFichiers();
-    const std::vector<uint8_t> layout = SpecificationCreation(CatalogueFichier(20));
+    const std::vector<uint8_t> layout = StructureCreation(CatalogueFichier(20));
     FileDef def;
     ASSERT_EQ(ParseLayout(layout.data(), layout.size(), def), kOk);
     EXPECT_EQ(def.recordLength, 300);
