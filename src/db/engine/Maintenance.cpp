@@ -165,18 +165,21 @@ CheckReport CheckFile(const std::string& path) {
     return r;
 }
 
+// Opens `file` for a save or a load: its path goes in `keyBuffer` (kMaxKeyLength + 1 bytes).
+static int16_t OpenForTransfer(const std::string& file, int8_t mode, uint8_t* block,
+                               std::vector<uint8_t>& keyBuffer) {
+    if (file.size() > kMaxKeyLength) return kInvalidFileName;
+    std::memcpy(keyBuffer.data(), file.data(), file.size());
+    uint32_t length = 0;
+    return BtrCall(kOpen, block, nullptr, &length, keyBuffer.data(), kMaxKeyLength, mode);
+}
+
 TransferResult SaveFile(const std::string& file, const std::string& out, int key) {
     TransferResult result;
     uint8_t block[kPositionBlockSize] = {};
     std::vector<uint8_t> keyBuffer(kMaxKeyLength + 1, 0);
-    if (file.size() > kMaxKeyLength) {
-        result.status = kInvalidFileName;
-        return result;
-    }
-    std::memcpy(keyBuffer.data(), file.data(), file.size());
     uint32_t length = 0;
-    result.status =
-        BtrCall(kOpen, block, nullptr, &length, keyBuffer.data(), kMaxKeyLength, kModeReadOnly);
+    result.status = OpenForTransfer(file, kModeReadOnly, block, keyBuffer);
     if (result.status != kOk) return result;
 
     File f;
@@ -242,14 +245,8 @@ TransferResult LoadFile(const std::string& in, const std::string& file) {
     }
     uint8_t block[kPositionBlockSize] = {};
     std::vector<uint8_t> keyBuffer(kMaxKeyLength + 1, 0);
-    if (file.size() > kMaxKeyLength) {
-        result.status = kInvalidFileName;
-        return result;
-    }
-    std::memcpy(keyBuffer.data(), file.data(), file.size());
     uint32_t length = 0;
-    result.status =
-        BtrCall(kOpen, block, nullptr, &length, keyBuffer.data(), kMaxKeyLength, kModeNormal);
+    result.status = OpenForTransfer(file, kModeNormal, block, keyBuffer);
     if (result.status != kOk) return result;
 
     std::vector<uint8_t> record;
