@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "Cp1252.h"
+#include "Lib_Public.h"
 
 namespace zl3 {
 namespace {
@@ -38,16 +39,6 @@ bool LoadLines(const std::string& file, std::vector<Line>& lines) {
         start = nl + 1;
     }
     return true;
-}
-
-std::string Trim(const std::string& s) {
-    size_t a = 0;
-    size_t b = s.size();
-    while (a < b && (s[a] == ' ' || s[a] == '\t'))
-        ++a;
-    while (b > a && (s[b - 1] == ' ' || s[b - 1] == '\t' || s[b - 1] == '\r'))
-        --b;
-    return s.substr(a, b - a);
 }
 
 bool EqualsNoCase(const std::string& a, const std::string& b) {

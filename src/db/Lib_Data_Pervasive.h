@@ -47,6 +47,20 @@ enum OperationBtr : int16_t {
     kBtrBeginConcurrentTransaction = 1019,
 };
 
+// Catalogue indexes of the files the statistics read.
+enum FichierBtr : int {
+    kFichierCommerciaux = 1,     // FRAD001 salespeople
+    kFichierClients = 3,         // FRAD003
+    kFichierContrats = 5,        // FRAD005 contract headers
+    kFichierLogPub = 18,         // FRAD018 advertising broadcast log
+    kFichierArtistes = 20,       // FRAD020
+    kFichierAttributs = 21,      // FRAD021 categories, labels, parameters
+    kFichierMorceaux = 22,       // FRAD022 tracks
+    kFichierMessages = 26,       // FRAD026 advertising messages
+    kFichierInfosMorceaux = 32,  // FRAD032 versions lists
+    kFichierHistorique = 47,     // FRAD047 broadcast history
+};
+
 // ---- Module-wide call variables, as the suite's callers use them ----------------------------
 inline int16_t OperationBTrieve = 0;
 inline std::string CleBTrieve;  // key buffer (Windows-1252 bytes)

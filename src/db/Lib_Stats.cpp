@@ -10,10 +10,6 @@ namespace zl3 {
 namespace {
 
 const char* kModule = "Lib_Stats:";
-constexpr int kClients = 3;
-constexpr int kArtistes = 20;
-constexpr int kAttributs = 21;
-constexpr int kInfosMorceaux = 32;
 
 // One Get Equal on key 0 of `fichier`; status 0 gives the field trimmed (written back trimmed
 // into the record buffer), status 4 the "not found" text, any other status is reported and
@@ -41,7 +37,7 @@ std::string Attribut(int source, int station, const std::string& type, const std
                      const std::string& introuvable, const std::string& procedure) {
     if (Trim(code).empty()) return "";
     std::string r;
-    Lecture(source, station, kAttributs,
+    Lecture(source, station, kFichierAttributs,
             Calibre(type, 5) + Calibre(code, static_cast<int>(rec::Categorie::CodeAttribut.length)),
             rec::Categorie::Libelle, introuvable + code, procedure, r);
     return r;
@@ -53,7 +49,7 @@ std::string LibClient(int source, int station, const std::string& code) {
     TraceProc(std::string(kModule) + "LibClient");
     if (Trim(code).empty()) return "";
     std::string r;
-    Lecture(source, station, kClients,
+    Lecture(source, station, kFichierClients,
             Calibre(code, static_cast<int>(rec::Client::CodeClient.length)), rec::Client::NomClient,
             "Client: " + code, "LibClient", r);
     return r;
@@ -65,12 +61,12 @@ std::string LibArtiste(int source, int station, const std::string& code1, const 
     const int largeur = static_cast<int>(rec::Artiste::CodeArtiste.length);
     std::string r;
     if (!Trim(code1).empty())
-        Lecture(source, station, kArtistes, Calibre(code1, largeur), rec::Artiste::NomArtiste,
-                "Artiste: " + code1, "LibArtiste", r);
+        Lecture(source, station, kFichierArtistes, Calibre(code1, largeur),
+                rec::Artiste::NomArtiste, "Artiste: " + code1, "LibArtiste", r);
     if (!Trim(code2).empty()) {
         std::string second;
-        Lecture(source, station, kArtistes, Calibre(code2, largeur), rec::Artiste::NomArtiste,
-                "Artiste: " + code2, "LibArtiste", second);
+        Lecture(source, station, kFichierArtistes, Calibre(code2, largeur),
+                rec::Artiste::NomArtiste, "Artiste: " + code2, "LibArtiste", second);
         r += " + " + second;
     }
     if (option && !Trim(r).empty()) {
@@ -108,22 +104,22 @@ void InitGeneralVersionSons(int source, int station) {
         std::string cle = basse;
         int16_t op = kBtrGetGreaterOrEqual;
         for (;;) {
-            BTRieve(source, op, cle, 0, kInfosMorceaux, station, identity);
+            BTRieve(source, op, cle, 0, kFichierInfosMorceaux, station, identity);
             op = kBtrGetNext;
             if (StatutBTrieve == 9) break;
             if (StatutBTrieve != 0) {
-                ErreurBTrieve(source, kInfosMorceaux, cle, identity, station);
+                ErreurBTrieve(source, kFichierInfosMorceaux, cle, identity, station);
                 break;
             }
             if (cle > haute) break;
-            auto tampon = TamponEnreg(kInfosMorceaux);
+            auto tampon = TamponEnreg(kFichierInfosMorceaux);
             const std::string cleLue = rec::GetBytes(tampon, mi::Cle);
             const std::string zone = rec::GetBytes(tampon, mi::Zone);
             if (Trim(zone).empty()) {
                 std::string cleSuppr = cleLue;
-                BTRieve(source, kBtrDelete, cleSuppr, 0, kInfosMorceaux, station, identity);
+                BTRieve(source, kBtrDelete, cleSuppr, 0, kFichierInfosMorceaux, station, identity);
                 if (StatutBTrieve != 0)
-                    ErreurBTrieve(source, kInfosMorceaux, cleSuppr, identity, station);
+                    ErreurBTrieve(source, kFichierInfosMorceaux, cleSuppr, identity, station);
                 TraceLog("Version: deleted blank record " + cleLue);
                 // The deleted record's successor is found from its key.
                 cle = cleLue;
@@ -149,9 +145,9 @@ void InitGeneralVersionSons(int source, int station) {
             }
             if (reecrire) {
                 std::string cleMaj = cleLue;
-                BTRieve(source, kBtrUpdate, cleMaj, 0, kInfosMorceaux, station, identity);
+                BTRieve(source, kBtrUpdate, cleMaj, 0, kFichierInfosMorceaux, station, identity);
                 if (StatutBTrieve != 0)
-                    ErreurBTrieve(source, kInfosMorceaux, cleMaj, identity, station);
+                    ErreurBTrieve(source, kFichierInfosMorceaux, cleMaj, identity, station);
             }
             v.lignes.push_back(ligne);
             TraceLog("Version: " + ligne);

@@ -4,6 +4,14 @@
 #include <cstdlib>
 
 namespace zl3 {
+namespace {
+
+const std::string& Vide() {
+    static const std::string vide;
+    return vide;
+}
+
+}  // namespace
 
 void Grid::Resize(int cols, int rows) {
     cols = std::max(cols, 0);
@@ -39,8 +47,8 @@ void Grid::SetHeaderCols(int levels) {
     headerCols_ = levels;
 }
 
-std::string Grid::Text(int col, int row) const {
-    if (col < 0 || row < 0 || col > cols_ || row > rows_) return {};
+const std::string& Grid::Text(int col, int row) const {
+    if (col < 0 || row < 0 || col > cols_ || row > rows_) return Vide();
     if (row == 0) return colHeaders_[headerRows_ - 1][col];
     if (col == 0) return rowHeaders_[0][row - 1];
     return cells_[row - 1][col - 1];
@@ -56,8 +64,8 @@ void Grid::SetText(int col, int row, const std::string& text) {
         cells_[row - 1][col - 1] = text;
 }
 
-std::string Grid::ColHeader(int level, int col) const {
-    if (level < 0 || level >= headerRows_ || col < 0 || col > cols_) return {};
+const std::string& Grid::ColHeader(int level, int col) const {
+    if (level < 0 || level >= headerRows_ || col < 0 || col > cols_) return Vide();
     return colHeaders_[level][col];
 }
 
@@ -66,8 +74,8 @@ void Grid::SetColHeader(int level, int col, const std::string& text) {
     colHeaders_[level][col] = text;
 }
 
-std::string Grid::RowHeader(int level, int row) const {
-    if (level < 0 || level >= headerCols_ || row < 1 || row > rows_) return {};
+const std::string& Grid::RowHeader(int level, int row) const {
+    if (level < 0 || level >= headerCols_ || row < 1 || row > rows_) return Vide();
     return rowHeaders_[level][row - 1];
 }
 
@@ -77,7 +85,7 @@ void Grid::SetRowHeader(int level, int row, const std::string& text) {
 }
 
 long long Grid::Number(int col, int row) const {
-    const std::string t = Text(col, row);
+    const std::string& t = Text(col, row);
     if (t.empty()) return 0;
     char* end = nullptr;
     const long long v = std::strtoll(t.c_str(), &end, 10);

@@ -37,14 +37,14 @@ class Grid {
 
     // Cell text; col 0 / row 0 address the headers as described above. Out of range: empty text
     // on read, ignored on write.
-    std::string Text(int col, int row) const;
+    const std::string& Text(int col, int row) const;
     void SetText(int col, int row, const std::string& text);
 
     // Column header at `level` (0 = top … HeaderRows()-1 = nearest the data), col 0 = corner.
-    std::string ColHeader(int level, int col) const;
+    const std::string& ColHeader(int level, int col) const;
     void SetColHeader(int level, int col, const std::string& text);
     // Row header in row-header column `level` (0 = first), for row 1..MaxRows().
-    std::string RowHeader(int level, int row) const;
+    const std::string& RowHeader(int level, int row) const;
     void SetRowHeader(int level, int row, const std::string& text);
 
     // Column width in characters (0 = the display's default); col 0 = the row-header column.

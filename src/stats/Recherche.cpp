@@ -5,6 +5,7 @@
 #include <set>
 #include <vector>
 
+#include "Cp1252.h"
 #include "Lib_Data_Pervasive.h"
 #include "Lib_Data_Pervasive_2.h"
 #include "Lib_Messages.h"
@@ -19,15 +20,6 @@ namespace zl3 {
 namespace {
 
 const char* kOrigine = "Frm_Main:CommandLancer_Click";
-
-constexpr int kFichierCommerciaux = 1;
-constexpr int kFichierContrats = 5;
-constexpr int kFichierLogPub = 18;
-constexpr int kFichierAttributs = 21;
-constexpr int kFichierMorceaux = 22;
-constexpr int kFichierMessages = 26;
-constexpr int kFichierHistorique = 47;
-constexpr int kFichierVersions = 32;
 
 // Quota class of a track's flag: the column in the whole-day block, 0 when not counted.
 int ClasseQuota(char flag) {
@@ -78,7 +70,11 @@ LigneMorceau DescriptionMorceau(int source, int station) {
     l.categorie = LibCategorie(source, station, TexteBrut(r, m::CodeCategorie));
     l.artiste1 = Trim(LibArtiste(source, station, code1, "", true));
     l.artiste2 = Trim(code2).empty() ? "" : Trim(LibArtiste(source, station, code2, "", true));
-    l.artistes = Trim(LibArtiste(source, station, code1, code2, true));
+    // Both artists as LibArtiste joins them, from the two names already looked up.
+    if (!Trim(code2).empty())
+        l.artistes = Trim(l.artiste1 + " + " + l.artiste2);
+    else
+        l.artistes = l.artiste1;
     long secondes = 0;
     for (char c : duree) {
         if (c < '0' || c > '9') break;
@@ -97,6 +93,55 @@ bool CommenceParSansCasse(const std::string& texte, const std::string& debut) {
             std::toupper(static_cast<unsigned char>(debut[i])))
             return false;
     return true;
+}
+
+// What a new line of the advertising report shows beside the log record's own fields: the
+// message text with its spot number (FRAD026), the salesperson who sold the contract (FRAD005,
+// then FRAD001). Looked up once per line, when the line is created.
+struct DescriptionPub {
+    std::string texteMessage;
+    std::string codeCommercial;
+    std::string nomCommercial;
+};
+
+DescriptionPub DecrireLignePub(const ParametresRecherche& p, const std::string& cleMessage,
+                               const std::string& noContrat) {
+    namespace mp = rec::MessagePub;
+    namespace ec = rec::EnteteContrat;
+    namespace cm = rec::Commercial;
+    DescriptionPub d;
+    // The message: its spot number and text.
+    std::string cleM = cleMessage;
+    d.texteMessage = "Message: " + Trim(Cp1252ToUtf8(cleMessage));
+    BTRieve(p.source, kBtrGetEqual, cleM, 0, kFichierMessages, p.station, kOrigine);
+    if (StatutBTrieve == 0) {
+        const auto msg = TamponEnreg(kFichierMessages);
+        d.texteMessage = PadNumber(PubNoSpot(TexteBrut(msg, mp::NoSpot)), 4) + " " +
+                         Trim(rec::GetText(msg, mp::TexteMessage));
+    } else if (StatutBTrieve != 4) {
+        ErreurBTrieve(p.source, kFichierMessages, cleM, kOrigine, p.station);
+    }
+    // The contract tells who sold it: the salesperson's code.
+    std::string cleC = noContrat;
+    BTRieve(p.source, kBtrGetGreaterOrEqual, cleC, 2, kFichierContrats, p.station, kOrigine);
+    if (StatutBTrieve == 0) {
+        const auto contrat = TamponEnreg(kFichierContrats);
+        if (TexteBrut(contrat, ec::NoContrat) == noContrat)
+            d.codeCommercial = Trim(rec::GetText(contrat, ec::CodeCommercial));
+    } else if (StatutBTrieve != 9 && StatutBTrieve != 4) {
+        ErreurBTrieve(p.source, kFichierContrats, cleC, kOrigine, p.station);
+    }
+    d.nomCommercial = "Commercial: " + d.codeCommercial;
+    if (!d.codeCommercial.empty()) {
+        std::string cleCo = Calibre(d.codeCommercial, static_cast<int>(cm::CodeCommercial.length));
+        BTRieve(p.source, kBtrGetEqual, cleCo, 0, kFichierCommerciaux, p.station, kOrigine);
+        if (StatutBTrieve == 0)
+            d.nomCommercial =
+                Trim(rec::GetText(TamponEnreg(kFichierCommerciaux), cm::NomCommercial));
+        else if (StatutBTrieve != 4)
+            ErreurBTrieve(p.source, kFichierCommerciaux, cleCo, kOrigine, p.station);
+    }
+    return d;
 }
 
 }  // namespace
@@ -136,7 +181,7 @@ void TotauxEtPourcentages(Grid& g) {
 
 void OuvrirFichiersRecherche(int source, int premiere, int derniere) {
     for (int f : kFichiersRecherche)
-        FichierPervasiveOuvrir(source, premiere, derniere, f, f == kFichierVersions ? 0 : -2);
+        FichierPervasiveOuvrir(source, premiere, derniere, f, f == kFichierInfosMorceaux ? 0 : -2);
     TraceLog("Pervasive files opened");
 }
 
@@ -382,9 +427,6 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
 
 void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
     namespace lp = rec::LogPub;
-    namespace mp = rec::MessagePub;
-    namespace ec = rec::EnteteContrat;
-    namespace cm = rec::Commercial;
     Grid& g = publicite_;
     g.ClearData();
     g.SetMaxRows(0);
@@ -423,40 +465,6 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
         const std::string noContrat = rec::GetBytes(log, lp::NoContrat);
         const std::string colMessage = cleSpot + "/" + Trim(rec::GetText(log, lp::CleMessage));
 
-        // The message: its spot number and text.
-        std::string cleM = cleMessage;
-        std::string texteMessage = "Message: " + Trim(rec::GetText(log, lp::CleMessage));
-        BTRieve(p.source, kBtrGetEqual, cleM, 0, kFichierMessages, p.station, kOrigine);
-        if (StatutBTrieve == 0) {
-            const auto msg = TamponEnreg(kFichierMessages);
-            texteMessage = PadNumber(PubNoSpot(TexteBrut(msg, mp::NoSpot)), 4) + " " +
-                           Trim(rec::GetText(msg, mp::TexteMessage));
-        } else if (StatutBTrieve != 4) {
-            ErreurBTrieve(p.source, kFichierMessages, cleM, kOrigine, p.station);
-        }
-        // The contract tells who sold it: the salesperson's code.
-        std::string codeCommercial;
-        std::string cleC = noContrat;
-        BTRieve(p.source, kBtrGetGreaterOrEqual, cleC, 2, kFichierContrats, p.station, kOrigine);
-        if (StatutBTrieve == 0) {
-            const auto contrat = TamponEnreg(kFichierContrats);
-            if (TexteBrut(contrat, ec::NoContrat) == noContrat)
-                codeCommercial = Trim(rec::GetText(contrat, ec::CodeCommercial));
-        } else if (StatutBTrieve != 9 && StatutBTrieve != 4) {
-            ErreurBTrieve(p.source, kFichierContrats, cleC, kOrigine, p.station);
-        }
-        std::string nomCommercial = "Commercial: " + codeCommercial;
-        if (!codeCommercial.empty()) {
-            std::string cleCo =
-                Calibre(codeCommercial, static_cast<int>(cm::CodeCommercial.length));
-            BTRieve(p.source, kBtrGetEqual, cleCo, 0, kFichierCommerciaux, p.station, kOrigine);
-            if (StatutBTrieve == 0)
-                nomCommercial =
-                    Trim(rec::GetText(TamponEnreg(kFichierCommerciaux), cm::NomCommercial));
-            else if (StatutBTrieve != 4)
-                ErreurBTrieve(p.source, kFichierCommerciaux, cleCo, kOrigine, p.station);
-        }
-
         // The line of this client, message and zone; the client's and the message's first lines
         // carry their running totals.
         int rowClient = 0;
@@ -479,10 +487,11 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
             g.SetRowHeader(0, trouve, std::to_string(trouve));
             g.SetText(kPubClient, trouve, client);
             g.SetText(kPubNomClient, trouve, LibClient(p.source, p.station, client));
-            g.SetText(kPubCommercial, trouve, codeCommercial);
-            g.SetText(kPubNomCommercial, trouve, nomCommercial);
+            const DescriptionPub d = DecrireLignePub(p, cleMessage, noContrat);
+            g.SetText(kPubCommercial, trouve, d.codeCommercial);
+            g.SetText(kPubNomCommercial, trouve, d.nomCommercial);
             g.SetText(kPubMessage, trouve, colMessage);
-            g.SetText(kPubTexteMessage, trouve, texteMessage);
+            g.SetText(kPubTexteMessage, trouve, d.texteMessage);
             g.SetText(kPubZone, trouve, zone);
             g.SetText(kPubTotalLigne, trouve, "1");
             if (rowMessage == 0) rowMessage = trouve;

@@ -13,6 +13,7 @@
 
 #include "DateTime.h"
 #include "Grid.h"
+#include "Lib_Data_Pervasive.h"
 #include "Lib_Tableur.h"
 #include "Rapport.h"
 
@@ -73,8 +74,16 @@ std::string TextePourcentage(long long count, long long base);
 // Fills the "Total" row (sums of the count columns) and the percentages of every row.
 void TotauxEtPourcentages(Grid& quotas);
 
-// Catalogue files a search reads.
-inline constexpr int kFichiersRecherche[] = {1, 3, 5, 18, 20, 21, 22, 26, 32, 47};
+// Catalogue files the music reports and the advertising report read.
+inline constexpr int kFichiersMusique[] = {kFichierArtistes, kFichierAttributs, kFichierMorceaux,
+                                           kFichierInfosMorceaux, kFichierHistorique};
+inline constexpr int kFichiersPublicite[] = {kFichierCommerciaux, kFichierClients, kFichierContrats,
+                                             kFichierLogPub, kFichierMessages};
+// Every file a search may read.
+inline constexpr int kFichiersRecherche[] = {
+    kFichierCommerciaux,   kFichierClients,   kFichierContrats, kFichierLogPub,
+    kFichierArtistes,      kFichierAttributs, kFichierMorceaux, kFichierMessages,
+    kFichierInfosMorceaux, kFichierHistorique};
 // Opens them for stations `premiere`..`derniere` under caller slot `source` (the versions file
 // for writing, the others read-only); closes them.
 void OuvrirFichiersRecherche(int source, int premiere, int derniere);

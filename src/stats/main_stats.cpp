@@ -135,14 +135,15 @@ int main(int argc, char** argv) {
     const int source = 0;
     const int st = static_cast<int>(station);
     OuvrirFichiersRecherche(source, st, st);
-    const int lus[] = {22, 47, 20, 21};
-    const int pub[] = {18, 26, 5, 1, 3};
+    // The files the report cannot do without.
+    const int indispensables[] = {kFichierMorceaux, kFichierHistorique, kFichierArtistes,
+                                  kFichierAttributs};
     bool ouverts = true;
     if (*rapport == Rapport::Publicite) {
-        for (int f : pub)
+        for (int f : kFichiersPublicite)
             ouverts = ouverts && FichierOuvert(source, st, f);
     } else {
-        for (int f : lus)
+        for (int f : indispensables)
             ouverts = ouverts && FichierOuvert(source, st, f);
     }
     if (!ouverts) {
