@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <thread>
 
 #include "Btrieve.h"
 
@@ -294,8 +295,26 @@ DbFile::~DbFile() {
     if (lockFd_ >= 0) ::close(lockFd_);
 }
 
+// SQLite's own short locks — another connection opening, recovering the log or closing (the
+// last one checkpoints and removes the log) — are not what a caller can act on: readers and
+// openers wait for them, up to kBusyWaitMs, so that concurrent readers never see status 85.
+// Taking the write lock is the one place where a conflict is reported at once (85), as
+// Btrieve's no-wait locks do; the call layer decides whether to retry.
+constexpr int kBusyWaitMs = 2000;
+
+int DbFile::BusyWait(void* self, int attempts) {
+    auto* f = static_cast<DbFile*>(self);
+    if (!f->waitWhenBusy_) return 0;
+    const auto now = std::chrono::steady_clock::now();
+    if (attempts == 0) f->busySince_ = now;
+    if (now - f->busySince_ >= std::chrono::milliseconds(kBusyWaitMs)) return 0;
+    std::this_thread::sleep_for(std::chrono::milliseconds(attempts < 10 ? 1 : 5));
+    return 1;
+}
+
 int16_t DbFile::Configure() {
     sqlite3_extended_result_codes(db_, 1);
+    sqlite3_busy_handler(db_, &DbFile::BusyWait, this);
     sqlite3_db_config(db_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     // cell_size_check stays off: it re-verifies every page each time it is taken from the
     // memory mapping and halves Get Equal; corrupt pages are still detected and reported
@@ -543,7 +562,9 @@ int16_t DbFile::BeginWrite() {
     if (txn_ == TxnState::kWrite) return kOk;
     if (!writable_) return kAccessDenied;
     EndReadSnapshot();
+    waitWhenBusy_ = false;
     const int rc = Exec(beginImmediate_);
+    waitWhenBusy_ = true;
     if (rc != SQLITE_DONE) return Fail(rc);
     txn_ = TxnState::kWrite;
     return kOk;

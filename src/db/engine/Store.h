@@ -16,6 +16,7 @@
 #include <sys/types.h>
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -160,6 +161,7 @@ class DbFile {
     int Exec(sqlite3_stmt* st);
     int16_t Fail(int rc);
     int16_t WriteStatus(int rc);
+    static int BusyWait(void* self, int attempts);
 
     std::string path_;
     dev_t dev_ = 0;
@@ -172,6 +174,8 @@ class DbFile {
 
     TxnState txn_ = TxnState::kNone;
     bool snapshotUsed_ = false;
+    bool waitWhenBusy_ = true;  // false while taking the write lock: that conflict is status 85
+    std::chrono::steady_clock::time_point busySince_{};
     uint64_t gen_ = 1;
     const volatile uint32_t* shmHeader_ = nullptr;
     std::array<uint32_t, 12> shmSeen_{};
