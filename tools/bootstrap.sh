@@ -7,11 +7,16 @@ PACKAGES=(
     # build
     build-essential cmake ninja-build pkg-config
     # libraries
-    qt6-base-dev libsqlite3-dev libcurl4-openssl-dev
+    qt6-base-dev qt6-charts-dev libsqlite3-dev libcurl4-openssl-dev libxlsxwriter-dev
     # tests
     libgtest-dev libgmock-dev
     ffmpeg            # writes the real WMA files the tag reader is tested on
     python3 python3-xlrd python3-mutagen   # independent readers for .xls and ASF checks
+    python3-openpyxl  # independent reader for the .xlsx exports
+    python3-pyftpdlib # a real FTP server on the loopback for the transfer tests
+    xvfb xauth        # the windows' tests and screenshots without a display
+    poppler-utils     # pdftotext/pdfinfo read back the printed pages
+    ccache            # optional: rebuilds after a branch switch take seconds
     # fuzzing (libFuzzer) and sanitizers with clang
     clang libclang-rt-14-dev
 )
