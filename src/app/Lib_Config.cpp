@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "Etat.h"
+#include "EtatGlobal.h"
 #include "Lib_Messages.h"
 #include "Lib_Profile.h"
 #include "Lib_Public.h"
@@ -76,6 +77,10 @@ Configuration& Config() {
 void ResetConfig() {
     Config() = Configuration{};
 }
+
+namespace {
+const EnregistrementEtat kEtatConfig{"Lib_Config", &ResetConfig};
+}  // namespace
 
 namespace {
 

@@ -6,6 +6,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "EtatGlobal.h"
 #include "Lib_Messages.h"
 #include "Lib_Systeme.h"
 #include "Services.h"
@@ -96,6 +97,10 @@ TraceState& Trace() {
 void ResetTrace() {
     Trace() = TraceState{};
 }
+
+namespace {
+const EnregistrementEtat kEtatTrace{"Lib_Public", &ResetTrace};
+}  // namespace
 
 void SetDossierLog(int index, const std::string& folder) {
     Trace().logFolders.at(static_cast<size_t>(index)) = sys::WithTrailingSep(folder);

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "Etat.h"
+#include "EtatGlobal.h"
 #include "Lib_Public.h"
 #include "Services.h"
 
@@ -17,6 +18,10 @@ EtatApplication& Etat() {
 void ResetEtat() {
     Etat() = EtatApplication{};
 }
+
+namespace {
+const EnregistrementEtat kEtatApplication{"Etat", &ResetEtat};
+}  // namespace
 
 std::string ValeurSwitch(const std::string& text, const std::string& alphabet) {
     const std::string t = Trim(text);

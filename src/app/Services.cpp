@@ -132,55 +132,12 @@ void SystemClock::Sleep(int64_t ms) {
     if (ms > 0) std::this_thread::sleep_for(std::chrono::milliseconds(ms));
 }
 
-ManualClock::ManualClock(DateTime start, int64_t tick) : tick_(tick) {
-    SetNow(start);
-}
-
-void ManualClock::SetNow(const DateTime& now) {
-    baseMs_ = DaysFromCivil(now.year, now.month, now.day) * 86400000LL +
-              (now.hour * 3600LL + now.minute * 60LL + now.second) * 1000LL + now.millisecond;
-}
-
-DateTime ManualClock::Now() {
-    const int64_t days = baseMs_ >= 0 ? baseMs_ / 86400000LL : (baseMs_ - 86399999LL) / 86400000LL;
-    int64_t rest = baseMs_ - days * 86400000LL;
-    DateTime d = CivilFromDays(days);
-    d.hour = static_cast<int>(rest / 3600000LL);
-    rest %= 3600000LL;
-    d.minute = static_cast<int>(rest / 60000LL);
-    rest %= 60000LL;
-    d.second = static_cast<int>(rest / 1000LL);
-    d.millisecond = static_cast<int>(rest % 1000LL);
-    return d;
-}
-
-void ManualClock::Advance(int64_t ms) {
-    baseMs_ += ms;
-    tick_ += ms;
-    elapsed_ += ms;
-}
-
-void ManualClock::Sleep(int64_t ms) {
-    ++sleepCalls_;
-    if (ms <= 0) return;
-    slept_ += ms;
-    Advance(ms);
-}
-
 // ---- Message boxes --------------------------------------------------------------------------
 
 int ConsoleMessageBox::Show(const MessageRequest& request) {
     const int answer = CloseButtonAnswer(request.style);
     std::fprintf(stderr, "%s%s%s\n", request.title.empty() ? "" : request.title.c_str(),
                  request.title.empty() ? "" : ": ", request.text.c_str());
-    return answer;
-}
-
-int ScriptedMessageBox::Show(const MessageRequest& request) {
-    if (onShow) onShow(request);
-    int answer = CloseButtonAnswer(request.style);
-    if (next_ < script_.size()) answer = script_[next_++];
-    shown.push_back({request, answer});
     return answer;
 }
 

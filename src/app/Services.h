@@ -1,7 +1,8 @@
 // The few ways the core reaches the outside world: the message box, the event loop, the clock,
 // sleeping and the shell. The windows install real implementations; headless programs and tests
-// install their own (scripted answers, a clock that advances only when told, sleeps that return at
-// once). Nothing in the core talks to the user or to real time except through these.
+// install their own (the tests' scripted answers, a clock that advances only when told, sleeps
+// that return at once: tests/support/Doubles.h). Nothing in the core talks to the user or to real
+// time except through these.
 #pragma once
 
 #include <cstdint>
@@ -123,74 +124,10 @@ class SystemClock : public Clock {
     void Sleep(int64_t ms) override;
 };
 
-// A clock that only moves when told; Sleep advances it instead of waiting.
-class ManualClock : public Clock {
-  public:
-    explicit ManualClock(DateTime start = DateTime{2026, 11, 2, 9, 0, 0, 0},
-                         int64_t tick = 3600000);
-    DateTime Now() override;
-    int64_t TickCount() override { return tick_; }
-    int64_t Stopwatch() override { return elapsed_; }
-    void Sleep(int64_t ms) override;
-    void Advance(int64_t ms);
-    void SetNow(const DateTime& now);
-    void SetTickCount(int64_t tick) { tick_ = tick; }
-    int64_t TotalSlept() const { return slept_; }
-    int SleepCalls() const { return sleepCalls_; }
-
-  private:
-    int64_t baseMs_;  // wall time as milliseconds since 1970 (local, naive)
-    int64_t tick_;
-    int64_t elapsed_ = 0;
-    int64_t slept_ = 0;
-    int sleepCalls_ = 0;
-};
-
 // Prints messages on standard error and answers as a box closed without a choice would.
 class ConsoleMessageBox : public MessageBoxUi {
   public:
     int Show(const MessageRequest& request) override;
-};
-
-// Records every box shown and answers from a script (first in, first out); when the script is
-// empty, answers as if the box were closed.
-class ScriptedMessageBox : public MessageBoxUi {
-  public:
-    struct Shown {
-        MessageRequest request;
-        int answer;
-    };
-    int Show(const MessageRequest& request) override;
-    void Script(int answer) { script_.push_back(answer); }
-    // A callback run for each box, before the answer is taken (lets a test act "meanwhile").
-    std::function<void(const MessageRequest&)> onShow;
-    std::vector<Shown> shown;
-
-  private:
-    std::vector<int> script_;
-    size_t next_ = 0;
-};
-
-class CountingEventLoop : public EventLoop {
-  public:
-    void DoEvents() override {
-        ++calls;
-        if (onEvents) onEvents();
-    }
-    void SetBusy(bool busy) override { busyNow = busy; }
-    int calls = 0;
-    bool busyNow = false;
-    std::function<void()> onEvents;
-};
-
-class RecordingShell : public Shell {
-  public:
-    bool Open(const std::string& pathOrUrl) override {
-        opened.push_back(pathOrUrl);
-        return result;
-    }
-    std::vector<std::string> opened;
-    bool result = true;
 };
 
 class SystemShell : public Shell {

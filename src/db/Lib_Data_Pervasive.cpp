@@ -9,13 +9,14 @@
 #include "Btrieve.h"
 #include "Catalogue.h"
 #include "Cp1252.h"
+#include "EtatGlobal.h"
 #include "Lib_Config.h"
 #include "Lib_Data_Pervasive_2.h"
 #include "Lib_Messages.h"
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
-#include "Services.h"
 #include "records/Layouts.h"
+#include "Services.h"
 
 namespace zl3 {
 namespace {
@@ -449,5 +450,9 @@ void ResetLibDataPervasive() {
     TestCleActif = false;
     ResetErreursReseau();
 }
+
+namespace {
+const EnregistrementEtat kEtatCouche{"Lib_Data_Pervasive", &ResetLibDataPervasive};
+}  // namespace
 
 }  // namespace zl3

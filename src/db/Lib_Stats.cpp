@@ -1,5 +1,6 @@
 #include "Lib_Stats.h"
 
+#include "EtatGlobal.h"
 #include "Lib_Data_Pervasive.h"
 #include "Lib_Data_Pervasive_2.h"
 #include "Lib_Public.h"
@@ -90,6 +91,13 @@ VersionsSons& Versions() {
     static VersionsSons v;
     return v;
 }
+
+namespace {
+void ResetVersions() {
+    Versions() = VersionsSons{};
+}
+const EnregistrementEtat kEtatVersions{"Lib_Stats", &ResetVersions};
+}  // namespace
 
 void InitGeneralVersionSons(int source, int station) {
     const std::string identity = std::string(kModule) + "InitGeneralVersionSons";

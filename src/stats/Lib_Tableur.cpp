@@ -40,10 +40,12 @@ void InitGeneralTableurMusique(TableursMusique& g) {
         for (int c = 0; c < 5; ++c) {
             g.quotas.SetColHeader(2, base + kColFr + c, classes[c]);
             g.quotas.SetColWidth(base + kColFr + c, 8);
+            g.quotas.SetGenre(base + kColFr + c, GenreColonne::Nombre);
         }
         for (int c = 0; c < 4; ++c) {
             g.quotas.SetColHeader(2, base + kColPctFr + c, classes[c]);
             g.quotas.SetColWidth(base + kColPctFr + c, 9);
+            g.quotas.SetGenre(base + kColPctFr + c, GenreColonne::Pourcentage);
         }
     }
     g.quotas.SetColHeader(2, 0, "Date");
@@ -53,10 +55,12 @@ void InitGeneralTableurMusique(TableursMusique& g) {
     Entetes(g.top, {"Titre", "Artiste", "Artiste", "Catégorie", "Durée", "Id", "Nombre", "Clip"},
             {40, 30, 30, 24, 6, 9, 7, 4});
     g.top.SetColWidth(0, 5);
+    g.top.SetGenre(kTopNombre, GenreColonne::Nombre);
 
     InitTableur(g.sacem, kNbColonnesSacem, 1, 1);
     Entetes(g.sacem, {"Artiste", "Titre", "Durée", "Label", "Nombre"}, {40, 40, 6, 24, 7});
     g.sacem.SetColWidth(0, 5);
+    g.sacem.SetGenre(kSacemNombre, GenreColonne::Nombre);
 }
 
 void InitGeneralTableurPublicite(Grid& g) {
@@ -67,6 +71,8 @@ void InitGeneralTableurPublicite(Grid& g) {
              "Total", "Total"},
             {9, 30, 9, 24, 18, 40, 20, 6, 6, 6});
     g.SetColWidth(0, 5);
+    for (int c = kPubTotalClient; c <= kPubTotalLigne; ++c)
+        g.SetGenre(c, GenreColonne::Nombre);
 }
 
 Grid& GrilleDuRapport(TableursMusique& musique, Grid& publicite, Rapport rapport) {

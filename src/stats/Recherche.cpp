@@ -199,8 +199,12 @@ void RechercheStats::DefinirCaption(const std::string& caption) {
     if (onCaption) onCaption(caption);
 }
 
-void RechercheStats::Attendre() {
-    if (Svc().events) Svc().events->DoEvents();
+void RechercheStats::Attendre(int fichier) {
+    if (!Svc().events) return;
+    const auto tampon = TamponEnreg(fichier);
+    const std::vector<uint8_t> sauvegarde(tampon.begin(), tampon.end());
+    Svc().events->DoEvents();
+    std::copy(sauvegarde.begin(), sauvegarde.end(), tampon.begin());
 }
 
 void RechercheStats::CommandLancer_Click(const ParametresRecherche& p) {
@@ -211,17 +215,16 @@ void RechercheStats::CommandLancer_Click(const ParametresRecherche& p) {
             arret_ = true;
         return;
     }
-    const auto rapport = RapportDeOnglet(p.ongletMain, p.sousOngletMusique);
-    if (!rapport) return;
+    const auto rapport = p.rapport;
     enCours_ = true;
     arret_ = false;
     bilan_ = BilanRecherche{};
     DefinirCaption("Stopper");
     try {
-        if (*rapport == Rapport::Publicite)
+        if (rapport == Rapport::Publicite)
             RecherchePublicite(p);
         else
-            RechercheMusique(p, *rapport);
+            RechercheMusique(p, rapport);
         bilan_.effectuee = true;
     } catch (const std::exception& e) {
         TraceErreur(kOrigine, 0, e.what());
@@ -302,7 +305,7 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
         }
         if (cle > haute) break;
         ++bilan_.morceauxLus;
-        if (++n % 20 == 0) Attendre();
+        if (++n % 20 == 0) Attendre(kFichierMorceaux);
         if (arret_) break;
 
         const auto morceau = TamponEnreg(kFichierMorceaux);
@@ -443,7 +446,7 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
         }
         if (cle.substr(0, lp::Cle.length) > cleFin) break;
         ++bilan_.enregistrementsLus;
-        Attendre();
+        Attendre(kFichierLogPub);
         if (arret_) break;
 
         auto log = TamponEnreg(kFichierLogPub);

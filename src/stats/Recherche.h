@@ -20,8 +20,9 @@
 namespace zl3 {
 
 struct ParametresRecherche {
-    std::string ongletMain = "Musique";  // "Musique", "Publicite" (or "Incidents": no search)
-    int sousOngletMusique = 0;           // 0 Quotas, 1 "Top Diffusion", 2 "SACEM"
+    // The report, as the main window's tabs choose it (RapportDeOnglet; the "Incidents" tab and
+    // unknown music sub-tabs start no search).
+    Rapport rapport = Rapport::Quotas;
     DateTime debut;
     DateTime fin;
     int station = 1;  // 1-based
@@ -56,7 +57,10 @@ class RechercheStats {
 
   private:
     void DefinirCaption(const std::string& caption);
-    void Attendre();  // yields to the event loop
+    // Yields to the event loop. Whatever runs meanwhile (another window, a timer) may read the
+    // file being walked and so overwrite its record buffer, shared by every reader of that file:
+    // the buffer of `fichier` is saved before and put back after.
+    void Attendre(int fichier);
     void RechercheMusique(const ParametresRecherche& p, Rapport rapport);
     void RecherchePublicite(const ParametresRecherche& p);
     std::string ListeCategoriesTop(const ParametresRecherche& p);

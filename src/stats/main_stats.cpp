@@ -16,6 +16,7 @@
 #include "OptionsLigne.h"
 #include "Recherche.h"
 #include "Services.h"
+#include "SessionRapport.h"
 
 namespace {
 
@@ -131,26 +132,18 @@ int main(int argc, char** argv) {
                      Deux(static_cast<int>(base)) + " a " + std::to_string(b.nbStation) +
                      " station(s)");
 
-    DefinirDossierData(b.dossiers[kRepBtr]);
-    const int source = 0;
     const int st = static_cast<int>(station);
-    OuvrirFichiersRecherche(source, st, st);
-    // The files the report cannot do without.
-    const int indispensables[] = {kFichierMorceaux, kFichierHistorique, kFichierArtistes,
-                                  kFichierAttributs};
-    bool ouverts = true;
-    if (*rapport == Rapport::Publicite) {
-        for (int f : kFichiersPublicite)
-            ouverts = ouverts && FichierOuvert(source, st, f);
-    } else {
-        for (int f : indispensables)
-            ouverts = ouverts && FichierOuvert(source, st, f);
-    }
-    if (!ouverts) {
-        FermerFichiersRecherche(source, st, st);
+    SessionRapport session(0);
+    session.Ouvrir(static_cast<int>(base), st, st);
+    if (!session.Pret(*rapport, st)) {
+        std::string manquants;
+        for (const std::string& f : session.FichiersManquants(*rapport, st))
+            manquants += (manquants.empty() ? "" : ", ") + f;
+        session.Fermer();
         TraceLogForce();
-        std::fprintf(stderr, "zl3-stats: la base de données de la station %d est illisible (%s)\n",
-                     st, DossierData().c_str());
+        std::fprintf(stderr,
+                     "zl3-stats: la base de données de la station %d est illisible (%s: %s)\n", st,
+                     b.dossiers[kRepBtr].c_str(), manquants.c_str());
         return 1;
     }
 
@@ -160,17 +153,14 @@ int main(int argc, char** argv) {
     InitGeneralTableurPublicite(publicite);
     RechercheStats recherche(musique, publicite);
     ParametresRecherche p;
-    p.ongletMain = *rapport == Rapport::Publicite ? "Publicite" : "Musique";
-    p.sousOngletMusique = *rapport == Rapport::TopDiffusion ? 1
-                          : *rapport == Rapport::Sacem      ? 2
-                                                            : 0;
+    p.rapport = *rapport;
     p.debut = *debut;
     p.fin = *fin;
     p.station = st;
-    p.source = source;
+    p.source = session.Source();
     p.regrouperVersions = options.A("versions");
     recherche.CommandLancer_Click(p);
-    FermerFichiersRecherche(source, st, st);
+    session.Fermer();
     TraceLogForce();
 
     Grid& grille = GrilleDuRapport(musique, publicite, *rapport);

@@ -11,6 +11,7 @@
 #include "LecteursExternes.h"
 #include "Lib_Export.h"
 #include "Lib_Public.h"
+#include "Doubles.h"
 #include "Services.h"
 
 namespace zl3 {

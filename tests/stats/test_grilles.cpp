@@ -1,6 +1,9 @@
 // The grid model, the report grids' definitions and their text renderings.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <set>
+
 #include "Grid.h"
 #include "GrilleTexte.h"
 #include "Lib_Tableur.h"
@@ -49,10 +52,50 @@ TEST(Grille, InsertingAndDeletingRestoresTheGrid) {
     EXPECT_EQ(g.Text(7, 5), "7");
     EXPECT_EQ(g.ColHeader(0, 3), "00H00 - 23H59");
     EXPECT_EQ(g.Spans()[0].firstCol, 3);
+    // Column kinds move with their columns; the inserted ones are text.
+    EXPECT_EQ(g.Genre(1), GenreColonne::Texte);
+    EXPECT_EQ(g.Genre(7), GenreColonne::Nombre);
+    EXPECT_EQ(g.Genre(8), GenreColonne::Pourcentage);
     EXPECT_FALSE(g == before);
     g.DeleteRows(1, 3);
     g.DeleteCols(1, 2);
     EXPECT_TRUE(g == before);
+}
+
+// A view repaints when the revision it saw has changed: every change must change it, reads never.
+TEST(Grille, EveryChangeMovesTheRevision) {
+    Grid g(3, 2);
+    g.SetHeaderRows(2);
+    std::set<uint64_t> vues{g.Revision()};
+    const std::vector<std::function<void()>> changements = {
+        [&] { g.SetText(1, 1, "a"); },
+        [&] { g.SetText(0, 1, "r"); },
+        [&] { g.SetColHeader(0, 2, "h"); },
+        [&] { g.SetRowHeader(0, 2, "x"); },
+        [&] { g.Increment(2, 2); },
+        [&] { g.SetColWidth(1, 9); },
+        [&] { g.SetGenre(3, GenreColonne::Nombre); },
+        [&] { g.AddSpan(0, 1, 2); },
+        [&] { g.InsertRows(1); },
+        [&] { g.DeleteRows(1); },
+        [&] { g.InsertCols(2); },
+        [&] { g.DeleteCols(2); },
+        [&] { g.SetMaxRows(5); },
+        [&] { g.ClearData(); },
+        [&] { g.SetHeaderCols(2); }};
+    for (size_t i = 0; i < changements.size(); ++i) {
+        changements[i]();
+        EXPECT_TRUE(vues.insert(g.Revision()).second) << "change " << i;
+    }
+    const uint64_t avant = g.Revision();
+    (void)g.Text(1, 1);
+    (void)g.Number(2, 2);
+    EXPECT_EQ(g.Revision(), avant);
+    // A grid assigned over the viewed one never shows a revision already seen.
+    Grid autre(3, 2);
+    autre.SetText(1, 1, "b");
+    g = Grid(3, 2);
+    EXPECT_TRUE(vues.insert(g.Revision()).second);
 }
 
 TEST(Grille, ReportGridsAfterStartUp) {
@@ -88,6 +131,12 @@ TEST(Grille, ReportGridsAfterStartUp) {
               (std::vector<std::string>{"Client", "Client", "Commercial", "Commercial", "Message",
                                         "Message", "Zone", "Total", "Total", "Total"}));
     EXPECT_EQ(pub.MaxRows(), 0);
+    EXPECT_EQ(m.quotas.Genre(kColInstru + kDecalageBande), GenreColonne::Nombre);
+    EXPECT_EQ(m.quotas.Genre(kColPctFrNT), GenreColonne::Pourcentage);
+    EXPECT_EQ(m.top.Genre(kTopNombre), GenreColonne::Nombre);
+    EXPECT_EQ(m.top.Genre(kTopId), GenreColonne::Texte);
+    EXPECT_EQ(pub.Genre(kPubTotalClient), GenreColonne::Nombre);
+    EXPECT_EQ(pub.Genre(kPubZone), GenreColonne::Texte);
 }
 
 TEST(Grille, PercentageFormat) {

@@ -47,7 +47,7 @@ class ParMorceauTest : public test::BaseTest {
     Grid& Lancer(int sousOnglet, bool versions = false) {
         OuvrirFichiersRecherche(0, 1, 1);
         ParametresRecherche p;
-        p.sousOngletMusique = sousOnglet;
+        p.rapport = sousOnglet == 1 ? Rapport::TopDiffusion : Rapport::Sacem;
         p.debut = At(2026, 3, 1);
         p.fin = At(2026, 3, 31);
         p.regrouperVersions = versions;

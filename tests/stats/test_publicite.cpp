@@ -70,7 +70,7 @@ class PubliciteTest : public test::BaseTest {
     Grid& Lancer(DateTime debut, DateTime fin) {
         OuvrirFichiersRecherche(0, 1, 1);
         ParametresRecherche p;
-        p.ongletMain = "Publicite";
+        p.rapport = Rapport::Publicite;
         p.debut = debut;
         p.fin = fin;
         recherche.CommandLancer_Click(p);
@@ -159,7 +159,7 @@ TEST_F(PubliciteTest, StopAfterTheFirstRecord) {
         Diffusion(At(2026, 3, 10, 8, i), "CLI00001", "SPOT0001", "MSG00001", "HDF|LILLE");
     events.onEvents = [&] {
         box.Script(kIdYes);
-        recherche.CommandLancer_Click(ParametresRecherche{});
+        recherche.CommandLancer_Click(ParametresRecherche{});  // the second click
     };
     Grid& g = Lancer(At(2026, 3, 10), At(2026, 3, 10));
     EXPECT_EQ(g.MaxRows(), 0);

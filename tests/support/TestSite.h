@@ -12,7 +12,9 @@
 #include <sstream>
 #include <string>
 
+#include "Doubles.h"
 #include "Etat.h"
+#include "EtatGlobal.h"
 #include "Lib_Config.h"
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
@@ -46,22 +48,19 @@ inline void WriteFile(const std::string& path, const std::string& bytes) {
 }
 
 // Fixture: its own root (ZELVAR_ROOT), a manual clock, scripted message box, recording shell and
-// event loop, fresh trace/configuration/application state. The root is removed afterwards.
+// event loop, and the core's whole global state fresh (ReinitialiserEtatGlobal). The root is
+// removed afterwards.
 class SiteTest : public ::testing::Test {
   protected:
     void SetUp() override {
         root_ = NewTempDir(::testing::UnitTest::GetInstance()->current_test_info()->name());
         sys::SetZelvarRoot(root_);
-        ResetTrace();
-        ResetConfig();
-        ResetEtat();
+        ReinitialiserEtatGlobal();
         scoped_ = std::make_unique<ScopedServices>(Services{&box, &clock, &events, &shell});
     }
     void TearDown() override {
         scoped_.reset();
-        ResetTrace();
-        ResetConfig();
-        ResetEtat();
+        ReinitialiserEtatGlobal();
         std::error_code ec;
         std::filesystem::remove_all(root_, ec);
     }

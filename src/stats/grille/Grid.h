@@ -5,8 +5,12 @@
 // data (the last header level), Text(0, row) is the first row-header column, and Text(0, 0) the
 // corner. Deeper header levels are reached with ColHeader(level, col) — level 0 is the top — and
 // RowHeader(level, row). Counts are kept as cell texts and read back as numbers when incremented.
+//
+// Every change to the grid (a cell, a header, its size, a width, a span, a column kind) bumps its
+// revision, so that a view on screen can tell cheaply whether it has anything to repaint.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -17,6 +21,10 @@ struct HeaderSpan {
     int firstCol;  // 1-based
     int count;     // columns covered
 };
+
+// What a column holds, for the displays and writers that align or type its cells: free text,
+// counts (integers) or percentages (the "####0.0 %" texts of the Quotas report).
+enum class GenreColonne : uint8_t { Texte, Nombre, Pourcentage };
 
 class Grid {
   public:
@@ -51,9 +59,21 @@ class Grid {
     int ColWidth(int col) const;
     void SetColWidth(int col, int width);
 
+    // What data column `col` holds (1-based; Texte outside the grid and for new columns).
+    GenreColonne Genre(int col) const;
+    void SetGenre(int col, GenreColonne genre);
+
     // Header cells merged across columns (the band and "Nombre"/"Pourcentage" headers).
     const std::vector<HeaderSpan>& Spans() const { return spans_; }
-    void AddSpan(int level, int firstCol, int count) { spans_.push_back({level, firstCol, count}); }
+    void AddSpan(int level, int firstCol, int count) {
+        spans_.push_back({level, firstCol, count});
+        Touche();
+    }
+
+    // Changes with every change of the grid: a viewer that saw revision R and finds R again has
+    // nothing to repaint. Revisions are unique across all grids, so a grid assigned over another
+    // one shows a new revision too.
+    uint64_t Revision() const { return revision_; }
 
     // Numeric value of a cell: its text read as a number, 0 when empty or not a number.
     long long Number(int col, int row) const;
@@ -70,10 +90,13 @@ class Grid {
     // Empties every data cell and row header, keeping the column headers (a new search).
     void ClearData();
 
-    // Every text of the grid, for comparing a grid before and after an operation.
+    // Every text of the grid (and its layout), for comparing a grid before and after an
+    // operation. The revision is not compared.
     bool operator==(const Grid& other) const;
 
   private:
+    void Touche();
+
     int cols_ = 0;
     int rows_ = 0;
     int headerRows_ = 1;
@@ -86,6 +109,8 @@ class Grid {
     std::vector<std::vector<std::string>> rowHeaders_{std::vector<std::string>()};
     std::vector<HeaderSpan> spans_;
     std::vector<int> widths_ = std::vector<int>(1);  // widths_[col], col 0 = row headers
+    std::vector<GenreColonne> genres_ = std::vector<GenreColonne>(1);  // genres_[col], col 0 unused
+    uint64_t revision_ = 0;
 };
 
 }  // namespace zl3

@@ -11,7 +11,18 @@ const std::string& Vide() {
     return vide;
 }
 
+// Revisions are drawn from one counter for every grid, so that a grid replaced by another one
+// (a copy, a new grid assigned over it) never shows a revision its viewer has already seen.
+uint64_t ProchaineRevision() {
+    static uint64_t compteur = 0;
+    return ++compteur;
+}
+
 }  // namespace
+
+void Grid::Touche() {
+    revision_ = ProchaineRevision();
+}
 
 void Grid::Resize(int cols, int rows) {
     cols = std::max(cols, 0);
@@ -24,8 +35,10 @@ void Grid::Resize(int cols, int rows) {
     for (auto& h : rowHeaders_)
         h.resize(rows);
     widths_.resize(cols + 1);
+    genres_.resize(cols + 1, GenreColonne::Texte);
     cols_ = cols;
     rows_ = rows;
+    Touche();
 }
 
 void Grid::SetHeaderRows(int levels) {
@@ -39,12 +52,14 @@ void Grid::SetHeaderRows(int levels) {
         colHeaders_.erase(colHeaders_.begin());
         --headerRows_;
     }
+    Touche();
 }
 
 void Grid::SetHeaderCols(int levels) {
     levels = std::max(levels, 1);
     rowHeaders_.resize(levels, std::vector<std::string>(rows_));
     headerCols_ = levels;
+    Touche();
 }
 
 const std::string& Grid::Text(int col, int row) const {
@@ -62,6 +77,7 @@ void Grid::SetText(int col, int row, const std::string& text) {
         rowHeaders_[0][row - 1] = text;
     else
         cells_[row - 1][col - 1] = text;
+    Touche();
 }
 
 const std::string& Grid::ColHeader(int level, int col) const {
@@ -72,6 +88,7 @@ const std::string& Grid::ColHeader(int level, int col) const {
 void Grid::SetColHeader(int level, int col, const std::string& text) {
     if (level < 0 || level >= headerRows_ || col < 0 || col > cols_) return;
     colHeaders_[level][col] = text;
+    Touche();
 }
 
 const std::string& Grid::RowHeader(int level, int row) const {
@@ -82,6 +99,7 @@ const std::string& Grid::RowHeader(int level, int row) const {
 void Grid::SetRowHeader(int level, int row, const std::string& text) {
     if (level < 0 || level >= headerCols_ || row < 1 || row > rows_) return;
     rowHeaders_[level][row - 1] = text;
+    Touche();
 }
 
 long long Grid::Number(int col, int row) const {
@@ -103,6 +121,7 @@ void Grid::InsertRows(int at, int count) {
     for (auto& h : rowHeaders_)
         h.insert(h.begin() + (at - 1), count, std::string());
     rows_ += count;
+    Touche();
 }
 
 void Grid::DeleteRows(int at, int count) {
@@ -112,6 +131,7 @@ void Grid::DeleteRows(int at, int count) {
     for (auto& h : rowHeaders_)
         h.erase(h.begin() + (at - 1), h.begin() + (at - 1 + count));
     rows_ -= count;
+    Touche();
 }
 
 void Grid::InsertCols(int at, int count) {
@@ -124,7 +144,9 @@ void Grid::InsertCols(int at, int count) {
     for (auto& s : spans_)
         if (s.firstCol >= at) s.firstCol += count;
     widths_.insert(widths_.begin() + at, count, 0);
+    genres_.insert(genres_.begin() + at, count, GenreColonne::Texte);
     cols_ += count;
+    Touche();
 }
 
 void Grid::DeleteCols(int at, int count) {
@@ -137,7 +159,9 @@ void Grid::DeleteCols(int at, int count) {
     for (auto& s : spans_)
         if (s.firstCol >= at + count) s.firstCol -= count;
     widths_.erase(widths_.begin() + at, widths_.begin() + at + count);
+    genres_.erase(genres_.begin() + at, genres_.begin() + at + count);
     cols_ -= count;
+    Touche();
 }
 
 int Grid::ColWidth(int col) const {
@@ -148,6 +172,18 @@ int Grid::ColWidth(int col) const {
 void Grid::SetColWidth(int col, int width) {
     if (col < 0 || col > cols_) return;
     widths_[col] = width < 0 ? 0 : width;
+    Touche();
+}
+
+GenreColonne Grid::Genre(int col) const {
+    if (col < 1 || col > cols_) return GenreColonne::Texte;
+    return genres_[col];
+}
+
+void Grid::SetGenre(int col, GenreColonne genre) {
+    if (col < 1 || col > cols_) return;
+    genres_[col] = genre;
+    Touche();
 }
 
 void Grid::ClearData() {
@@ -157,12 +193,14 @@ void Grid::ClearData() {
     for (auto& h : rowHeaders_)
         for (auto& c : h)
             c.clear();
+    Touche();
 }
 
 bool Grid::operator==(const Grid& o) const {
     if (cols_ != o.cols_ || rows_ != o.rows_ || headerRows_ != o.headerRows_ ||
         headerCols_ != o.headerCols_ || cells_ != o.cells_ || colHeaders_ != o.colHeaders_ ||
-        rowHeaders_ != o.rowHeaders_ || widths_ != o.widths_ || spans_.size() != o.spans_.size())
+        rowHeaders_ != o.rowHeaders_ || widths_ != o.widths_ || genres_ != o.genres_ ||
+        spans_.size() != o.spans_.size())
         return false;
     for (size_t i = 0; i < spans_.size(); ++i)
         if (spans_[i].level != o.spans_[i].level || spans_[i].firstCol != o.spans_[i].firstCol ||
