@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <filesystem>
+#include <stdexcept>
 #include <fstream>
 #include <memory>
 #include <random>
@@ -27,10 +29,15 @@ inline std::string NewTempDir(const std::string& tag) {
     static std::mt19937_64 rng{std::random_device{}()};
     const fs::path base = fs::temp_directory_path() / "zl3-tests";
     fs::create_directories(base);
-    for (;;) {
-        const fs::path p = base / (tag + "-" + std::to_string(rng() % 100000000));
+    // Parameterised tests are named "Case/3": only letters, digits, '-' and '_' reach the name.
+    std::string name = tag;
+    for (char& c : name)
+        if (!std::isalnum(static_cast<unsigned char>(c)) && c != '-' && c != '_') c = '_';
+    for (int attempt = 0;; ++attempt) {
+        const fs::path p = base / (name + "-" + std::to_string(rng() % 100000000));
         std::error_code ec;
         if (fs::create_directory(p, ec)) return p.string() + "/";
+        if (attempt > 1000) throw std::runtime_error("cannot create a test folder under " + base.string());
     }
 }
 
