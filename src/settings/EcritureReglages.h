@@ -9,13 +9,20 @@
 
 namespace zl3::reglages {
 
-inline constexpr long kErrEcritureParametres = 1009;  // "Impossible d'écrire le fichier de paramètres:"
+inline constexpr long kErrEcritureParametres =
+    1009;  // "Impossible d'écrire le fichier de paramètres:"
 
 class Ecriture {
   public:
     explicit Ecriture(std::string fichier) : fichier_(std::move(fichier)) {}
+    // A value is one line: a line break inside it (pasted text) becomes a blank, so that no
+    // value can add lines, keys or sections to the file.
     void Texte(const std::string& section, const std::string& cle, const std::string& valeur) {
-        if (ok_) ok_ = WriteProfileString(section, cle, valeur, fichier_);
+        if (!ok_) return;
+        std::string ligne = valeur;
+        for (char& c : ligne)
+            if (c == '\r' || c == '\n') c = ' ';
+        ok_ = WriteProfileString(section, cle, ligne, fichier_);
     }
     void Nombre(const std::string& section, const std::string& cle, long valeur) {
         Texte(section, cle, std::to_string(valeur));

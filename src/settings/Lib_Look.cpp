@@ -36,19 +36,20 @@ constexpr std::array<int32_t, kNbCouleursPalette> kPalette = {
 };
 
 constexpr std::array<const char*, kNbCouleursGrille> kCles = {
-    "TV_Fond",          "TV_Texte",         "Selection_Texte",      "Selection_Fond",
-    "Promo_Texte",      "Promo_Fond",       "SpotLocal_Fond",       "SpotLocal_Texte",
-    "Non_Enregistre_Texte", "SpotGIE_Fond", "RupHeu_Texte",         "RupHeu_Fond",
-    "SpotGIE_Texte",    "Jingle_Texte",     "Jingle_Fond",          "RupEcr_Texte",
-    "RupEcr_Fond",      "MultiVille_Fond",  "MultiVille_Texte",     "Comblage_Texte",
-    "Comblage_Fond",    "Editorial_Texte",  "Editorial_Fond",
+    "TV_Fond",       "TV_Texte",        "Selection_Texte", "Selection_Fond",       "Promo_Texte",
+    "Promo_Fond",    "SpotLocal_Fond",  "SpotLocal_Texte", "Non_Enregistre_Texte", "SpotGIE_Fond",
+    "RupHeu_Texte",  "RupHeu_Fond",     "SpotGIE_Texte",   "Jingle_Texte",         "Jingle_Fond",
+    "RupEcr_Texte",  "RupEcr_Fond",     "MultiVille_Fond", "MultiVille_Texte",     "Comblage_Texte",
+    "Comblage_Fond", "Editorial_Texte", "Editorial_Fond",
 };
 
 constexpr std::array<int, kNbCouleursGrille> kIndex = {
     7, 8, 9, 10, 15, 16, 17, 36, 19, 37, 38, 39, 32, 41, 42, 40, 43, 44, 45, 46, 47, 48, 49,
 };
 
-std::string CleProduit(int index) { return "Idx_" + Deux(index); }
+std::string CleProduit(int index) {
+    return "Idx_" + Deux(index);
+}
 
 bool EgalSansCasse(const std::string& a, const std::string& b) {
     if (a.size() != b.size()) return false;
@@ -77,8 +78,12 @@ bool EstIndexCategorie(int index) {
            (index >= 20 && index <= 31) || (index >= 33 && index <= 35);
 }
 
-const std::array<const char*, kNbCouleursGrille>& ClesCouleursGrille() { return kCles; }
-const std::array<int, kNbCouleursGrille>& IndexCouleursGrille() { return kIndex; }
+const std::array<const char*, kNbCouleursGrille>& ClesCouleursGrille() {
+    return kCles;
+}
+const std::array<int, kNbCouleursGrille>& IndexCouleursGrille() {
+    return kIndex;
+}
 
 const std::vector<std::string>& ListeStylesLook() {
     static const std::vector<std::string> styles = {"Classique", "Visual + focus", "Visuel"};
@@ -86,8 +91,10 @@ const std::vector<std::string>& ListeStylesLook() {
 }
 
 SettingsLook::SettingsLook() {
-    for (int i = 0; i < kNbCouleursGrille; ++i) couleurs[i] = DefaultColor(kIndex[i]);
-    for (int i = 0; i < kNbCouleursPalette; ++i) couleursProduits[i] = DefaultColor(i);
+    for (int i = 0; i < kNbCouleursGrille; ++i)
+        couleurs[i] = DefaultColor(kIndex[i]);
+    for (int i = 0; i < kNbCouleursPalette; ++i)
+        couleursProduits[i] = DefaultColor(i);
 }
 
 SettingsLook InitSettingsLook() {
@@ -110,7 +117,8 @@ SettingsLook InitSettingsLook() {
         if (taille >= 1 && taille <= 72) s.taillePolice = static_cast<int>(taille);
         s.nomPolice = ReadProfileString("ListeTV", "NomPolice", s.nomPolice, f);
         s.fontBold = LitDrapeau("ListeTV", "FontBold", s.fontBold, f);
-        s.nomPoliceConducteur = ReadProfileString("Conducteur", "NomPolice", s.nomPoliceConducteur, f);
+        s.nomPoliceConducteur =
+            ReadProfileString("Conducteur", "NomPolice", s.nomPoliceConducteur, f);
         s.hauteurDouble = LitDrapeau("Heure", "HauteurDouble", s.hauteurDouble, f);
     } catch (const std::exception& e) {
         TraceErreur(identite, 0, e.what());
@@ -123,7 +131,8 @@ bool SaveSettingsLook(const SettingsLook& s) {
     TraceProc(identite);
     reglages::Ecriture w(FichierSettings());
     try {
-        for (int i = 0; i < kNbCouleursGrille; ++i) w.Nombre("Couleur", kCles[i], s.couleurs[i]);
+        for (int i = 0; i < kNbCouleursGrille; ++i)
+            w.Nombre("Couleur", kCles[i], s.couleurs[i]);
         for (int i = 0; i < kNbCouleursPalette; ++i)
             w.Nombre("CouleurProduit", CleProduit(i), s.couleursProduits[i]);
         w.Nombre("Tableur", "Apparence", s.apparence);
@@ -143,7 +152,8 @@ bool SaveSettingsLook(const SettingsLook& s) {
 }
 
 void CommandRAZCouleurs(SettingsLook& look) {
-    for (int i = 0; i < kNbCouleursGrille; ++i) look.couleurs[i] = DefaultColor(kIndex[i]);
+    for (int i = 0; i < kNbCouleursGrille; ++i)
+        look.couleurs[i] = DefaultColor(kIndex[i]);
     for (int i = 0; i < kNbCouleursPalette; ++i)
         if (EstIndexCategorie(i)) look.couleursProduits[i] = DefaultColor(i);
 }

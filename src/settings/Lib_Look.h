@@ -35,9 +35,15 @@ inline constexpr int32_t kNoir = 0;
 constexpr int32_t RGBCouleur(int r, int g, int b) {
     return (r & 0xFF) + 256 * (g & 0xFF) + 65536 * (b & 0xFF);
 }
-constexpr int Rouge(int32_t c) { return c & 0xFF; }
-constexpr int Vert(int32_t c) { return (c >> 8) & 0xFF; }
-constexpr int Bleu(int32_t c) { return (c >> 16) & 0xFF; }
+constexpr int Rouge(int32_t c) {
+    return c & 0xFF;
+}
+constexpr int Vert(int32_t c) {
+    return (c >> 8) & 0xFF;
+}
+constexpr int Bleu(int32_t c) {
+    return (c >> 16) & 0xFF;
+}
 
 // Palette colour `index` (0..49); any other index gives black.
 int32_t DefaultColor(int index);
@@ -84,17 +90,17 @@ const std::vector<std::string>& ListeStylesLook();
 inline constexpr const char* kPoliceDeSecours = "MS Sans Serif";
 
 struct SettingsLook {
-    std::array<int32_t, kNbCouleursGrille> couleurs{};          // [Couleur]
+    std::array<int32_t, kNbCouleursGrille> couleurs{};           // [Couleur]
     std::array<int32_t, kNbCouleursPalette> couleursProduits{};  // [CouleurProduit] Idx_nn
-    int apparence = 2;                                          // [Tableur] Apparence
-    bool affTitre = true;                                       // [General_Out] AffTitre
-    bool affArtiste = true;                                     // [General_Out] AffArtiste
-    bool ongletHeure = false;                      // [FenetrePrincipale] OngletHeure
-    int taillePolice = 12;                         // [ListeTV] TaillePolice
-    std::string nomPolice = "Arial";               // [ListeTV] NomPolice
-    bool fontBold = false;                         // [ListeTV] FontBold
-    std::string nomPoliceConducteur = "Arial";     // [Conducteur] NomPolice
-    bool hauteurDouble = false;                    // [Heure] HauteurDouble
+    int apparence = 2;                                           // [Tableur] Apparence
+    bool affTitre = true;                                        // [General_Out] AffTitre
+    bool affArtiste = true;                                      // [General_Out] AffArtiste
+    bool ongletHeure = false;                                    // [FenetrePrincipale] OngletHeure
+    int taillePolice = 12;                                       // [ListeTV] TaillePolice
+    std::string nomPolice = "Arial";                             // [ListeTV] NomPolice
+    bool fontBold = false;                                       // [ListeTV] FontBold
+    std::string nomPoliceConducteur = "Arial";                   // [Conducteur] NomPolice
+    bool hauteurDouble = false;                                  // [Heure] HauteurDouble
 
     SettingsLook();  // every colour at its palette default
     bool operator==(const SettingsLook&) const = default;
@@ -119,9 +125,9 @@ std::string PoliceOfferte(const std::string& nomStocke, const std::vector<std::s
 // ---- Look applied by the windows (InitGeneralLook, LookFenetre) --------------------------------
 
 struct LookGeneral {
-    int style = 2;               // index in ListeStylesLook(), for tab strips and grids
-    std::string libelleStyle;    // its text
-    std::string policeListes;    // font of the lists and grids, after the fallback
+    int style = 2;             // index in ListeStylesLook(), for tab strips and grids
+    std::string libelleStyle;  // its text
+    std::string policeListes;  // font of the lists and grids, after the fallback
     int taillePolice = 12;
     bool gras = false;
     std::string policeConducteur;  // font of the running-order grids, after the fallback

@@ -10,15 +10,19 @@ namespace zl3 {
 
 inline constexpr const char* kSectionPositions = "FrmPos";
 inline constexpr int kTwipsParPixel = 15;  // at 96 dots per inch
-constexpr long PixelsEnTwips(long pixels) { return pixels * kTwipsParPixel; }
-constexpr long TwipsEnPixels(long twips) { return twips / kTwipsParPixel; }
+constexpr long PixelsEnTwips(long pixels) {
+    return pixels * kTwipsParPixel;
+}
+constexpr long TwipsEnPixels(long twips) {
+    return twips / kTwipsParPixel;
+}
 
 enum EtatFenetre : int { kFenetreNormale = 0, kFenetreMinimisee = 1, kFenetreMaximisee = 2 };
 
 struct GeometrieFenetre {
-    long left = 0;    // twips
+    long left = 0;  // twips
     long top = 0;
-    long width = 0;   // 0: keep the designed size
+    long width = 0;  // 0: keep the designed size
     long height = 0;
     int state = kFenetreNormale;
     bool positionLue = false;  // left and top were both in the file (else keep the designed place)

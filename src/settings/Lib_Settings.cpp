@@ -17,7 +17,9 @@ constexpr const char* kModule = "Lib_Settings:";
 // A default no ini value can hold (values are trimmed): tells a missing key from an empty one.
 constexpr const char* kAbsent = "\n";
 
-std::string Identite(const char* procedure) { return std::string(kModule) + procedure; }
+std::string Identite(const char* procedure) {
+    return std::string(kModule) + procedure;
+}
 
 // The folder's own separator at its end: "\" for a folder in the suite's form, else the native.
 std::string AvecSeparateurFinal(const std::string& dossier) {
@@ -47,25 +49,31 @@ std::string LitDossier(const std::string& section, const std::string& cle,
 
 // ---- Files and conversions --------------------------------------------------------------------
 
-std::string FichierSettings() { return NomFichierSettings("", ".Ini"); }
-std::string FichierSettingsExcel() { return NomFichierSettings("_Excel", ".Ini"); }
-std::string FichierSettingsInternet() { return NomFichierSettings("_Internet", ".Ini"); }
-std::string FichierSettingsPositions() { return NomFichierSettings("_Positions", ".Ini"); }
+std::string FichierSettings() {
+    return NomFichierSettings("", ".Ini");
+}
+std::string FichierSettingsExcel() {
+    return NomFichierSettings("_Excel", ".Ini");
+}
+std::string FichierSettingsInternet() {
+    return NomFichierSettings("_Internet", ".Ini");
+}
+std::string FichierSettingsPositions() {
+    return NomFichierSettings("_Positions", ".Ini");
+}
 
 long ValNombre(const std::string& texte) {
     size_t i = 0;
-    while (i < texte.size() && (texte[i] == ' ' || texte[i] == '\t')) ++i;
+    while (i < texte.size() && (texte[i] == ' ' || texte[i] == '\t'))
+        ++i;
     bool negatif = false;
     if (i < texte.size() && (texte[i] == '-' || texte[i] == '+')) negatif = texte[i++] == '-';
-    long long n = 0;
-    bool chiffres = false;
+    long n = 0;  // a number too long for a long stops at LONG_MAX
     for (; i < texte.size() && std::isdigit(static_cast<unsigned char>(texte[i])); ++i) {
-        chiffres = true;
-        if (n < LONG_MAX) n = n * 10 + (texte[i] - '0');
-        if (n > LONG_MAX) n = LONG_MAX;
+        const int d = texte[i] - '0';
+        n = n > (LONG_MAX - d) / 10 ? LONG_MAX : n * 10 + d;
     }
-    if (!chiffres) return 0;
-    return static_cast<long>(negatif ? -n : n);
+    return negatif ? -n : n;
 }
 
 long LitNombre(const std::string& section, const std::string& cle, long defaut,
@@ -101,7 +109,8 @@ SettingsZL3 InitSettingsZL3() {
         const long tempo = LitNombre("Windows", "RebootTempo", s.rebootTempo, f);
         if (tempo > 0) s.rebootTempo = tempo;
         s.versionsSon = LitNombre("Comportement", "VersionsSon", s.versionsSon, f);
-        s.statutDemarrage = LitDrapeau("FenetrePrincipale", "StatutDemarrage", s.statutDemarrage, f);
+        s.statutDemarrage =
+            LitDrapeau("FenetrePrincipale", "StatutDemarrage", s.statutDemarrage, f);
         s.incidentsDemarrage =
             LitDrapeau("FenetrePrincipale", "ChargeIncidents", s.incidentsDemarrage, f);
         s.portUDP = PortUDP();
@@ -153,15 +162,17 @@ SettingsExport InitSettingsExport() {
     SettingsExport s;
     try {
         const std::string f = FichierSettingsExcel();
-        const std::string col =
-            Calibre(ReadProfileString("Colonnes", "Export", "11111111111", f), kNbColonnesExport, "1");
-        for (int i = 0; i < kNbColonnesExport; ++i) s.colonnes[i] = col[i] == '1';
+        const std::string col = Calibre(ReadProfileString("Colonnes", "Export", "11111111111", f),
+                                        kNbColonnesExport, "1");
+        for (int i = 0; i < kNbColonnesExport; ++i)
+            s.colonnes[i] = col[i] == '1';
         const std::string lig =
             Calibre(ReadProfileString("Lignes", "Export", "111111111", f), kNbLignesExport, "1");
-        for (int i = 0; i < kNbLignesExport; ++i) s.lignes[i] = lig[i] == '1';
+        for (int i = 0; i < kNbLignesExport; ++i)
+            s.lignes[i] = lig[i] == '1';
         for (int i = 0; i < kNbLignesExport; ++i) {
-            const long c = LitNombre("Lignes", "Couleur_" + std::to_string(i + 1),
-                                     s.couleursLignes[i], f);
+            const long c =
+                LitNombre("Lignes", "Couleur_" + std::to_string(i + 1), s.couleursLignes[i], f);
             if (c >= 0 && c <= 0xFFFFFF) s.couleursLignes[i] = static_cast<int32_t>(c);
         }
         const std::string base = DossierSettings() + "Export" + sys::Sep();
@@ -184,9 +195,11 @@ bool SaveSettingsExport(const SettingsExport& s) {
     reglages::Ecriture w(FichierSettingsExcel());
     try {
         std::string col;
-        for (bool b : s.colonnes) col += TexteDrapeau(b);
+        for (bool b : s.colonnes)
+            col += TexteDrapeau(b);
         std::string lig;
-        for (bool b : s.lignes) lig += TexteDrapeau(b);
+        for (bool b : s.lignes)
+            lig += TexteDrapeau(b);
         w.Texte("Colonnes", "Export", col);
         w.Texte("Lignes", "Export", lig);
         for (int i = 0; i < kNbLignesExport; ++i)
@@ -205,7 +218,9 @@ bool SaveSettingsExport(const SettingsExport& s) {
 
 // ---- "_Internet" file ---------------------------------------------------------------------------
 
-std::string SectionServeurFTP(int n) { return "ServeurFTP_" + std::to_string(n); }
+std::string SectionServeurFTP(int n) {
+    return "ServeurFTP_" + std::to_string(n);
+}
 
 SettingsInternet InitSettingsInternet() {
     const std::string identite = Identite("InitSettingsInternet");

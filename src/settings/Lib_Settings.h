@@ -51,8 +51,12 @@ bool LitDrapeau(const std::string& section, const std::string& cle, bool defaut,
 // Reads one of the suite's "ON"/"0FF" switches: only the exact text "ON" is on.
 bool LitOnOff(const std::string& section, const std::string& cle, bool defaut,
               const std::string& fichier);
-inline const char* TexteDrapeau(bool on) { return on ? "1" : "0"; }
-inline const char* TexteOnOff(bool on) { return on ? "ON" : "0FF"; }
+inline const char* TexteDrapeau(bool on) {
+    return on ? "1" : "0";
+}
+inline const char* TexteOnOff(bool on) {
+    return on ? "ON" : "0FF";
+}
 
 // A folder as the settings hold it (suite or native form) made native, with its separator.
 std::string DossierNatif(const std::string& dossier);
@@ -62,11 +66,11 @@ std::string DossierNatif(const std::string& dossier);
 inline constexpr long kPortUDPParDefaut = 23400;
 
 struct SettingsZL3 {
-    bool reboot = false;             // [Windows] Reboot (flag)
-    long rebootTempo = 10000;        // [Windows] RebootTempo, milliseconds
-    long versionsSon = 0;            // [Comportement] VersionsSon
-    bool statutDemarrage = true;     // [FenetrePrincipale] StatutDemarrage: start-up status lines
-    bool incidentsDemarrage = false;  // [FenetrePrincipale] ChargeIncidents: load the incidents
+    bool reboot = false;               // [Windows] Reboot (flag)
+    long rebootTempo = 10000;          // [Windows] RebootTempo, milliseconds
+    long versionsSon = 0;              // [Comportement] VersionsSon
+    bool statutDemarrage = true;       // [FenetrePrincipale] StatutDemarrage: start-up status lines
+    bool incidentsDemarrage = false;   // [FenetrePrincipale] ChargeIncidents: load the incidents
     long portUDP = kPortUDPParDefaut;  // [UDP] Port: the port SocketUDP listens on
     bool operator==(const SettingsZL3&) const = default;
 };
@@ -106,7 +110,7 @@ bool SaveSettingsExport(const SettingsExport& s);
 
 inline constexpr int kNbServeursFTP = 5;
 
-struct ServeurFTP {  // section "ServeurFTP_" & n, n = 0 .. kNbServeursFTP - 1
+struct ServeurFTP {       // section "ServeurFTP_" & n, n = 0 .. kNbServeursFTP - 1
     std::string serveur;  // Serveur: host name or address
     std::string user;     // User
     std::string pw;       // PW: the password as typed (the suite's programs read it so)

@@ -27,7 +27,8 @@ class ReglagesTest : public test::SiteTest {
     static Options Modifiees(const std::string& racine) {
         Options o;
         o.zl3 = {true, 2500, 1, false, true, 23555};
-        for (int i = 0; i < kNbColonnesExport; ++i) o.exportation.colonnes[i] = i % 3 == 1;
+        for (int i = 0; i < kNbColonnesExport; ++i)
+            o.exportation.colonnes[i] = i % 3 == 1;
         for (int i = 0; i < kNbLignesExport; ++i) {
             o.exportation.lignes[i] = i % 2 == 0;
             o.exportation.couleursLignes[i] = RGBCouleur(10 * i, 20, 30 + i);
@@ -37,7 +38,8 @@ class ReglagesTest : public test::SiteTest {
         o.exportation.xmlActif = true;
         o.exportation.format = 2;
         o.exportation.apresExport = 1;
-        for (int i = 0; i < kNbCouleursGrille; ++i) o.look.couleurs[i] = RGBCouleur(i, 2 * i, 3 * i);
+        for (int i = 0; i < kNbCouleursGrille; ++i)
+            o.look.couleurs[i] = RGBCouleur(i, 2 * i, 3 * i);
         o.look.couleursProduits[32] = RGBCouleur(1, 2, 3);
         o.look.couleursProduits[0] = RGBCouleur(4, 5, 6);
         o.look.apparence = 1;
@@ -77,11 +79,11 @@ TEST_F(ReglagesTest, EveryFileRoundTripsWithAccentedValues) {
     EXPECT_EQ(lue.height, 9000);
     EXPECT_TRUE(lue.positionLue);
     // Four files, the suite's encoding on disk, flags as the options window's check boxes.
-    EXPECT_EQ(Fichiers(),
-              (std::vector<std::string>{"ZL3_Tools_Stats.Ini", "ZL3_Tools_Stats_Excel.Ini",
-                                        "ZL3_Tools_Stats_Internet.Ini",
-                                        "ZL3_Tools_Stats_Positions.Ini"}));
-    EXPECT_NE(test::ReadFile(FichierSettingsInternet()).find("User=H\xE9l\xE8ne"), std::string::npos);
+    EXPECT_EQ(Fichiers(), (std::vector<std::string>{
+                              "ZL3_Tools_Stats.Ini", "ZL3_Tools_Stats_Excel.Ini",
+                              "ZL3_Tools_Stats_Internet.Ini", "ZL3_Tools_Stats_Positions.Ini"}));
+    EXPECT_NE(test::ReadFile(FichierSettingsInternet()).find("User=H\xE9l\xE8ne"),
+              std::string::npos);
     EXPECT_EQ(ReadProfileString("Colonnes", "Export", "", FichierSettingsExcel()), "01001001001");
     EXPECT_EQ(ReadProfileString("Couleur", "Editorial_Fond", "", FichierSettings()),
               std::to_string(RGBCouleur(22, 44, 66)));
@@ -100,8 +102,10 @@ TEST_F(ReglagesTest, EmptySettingsFolderGivesDefaultsAndCreatesExportFolders) {
     EXPECT_EQ(o.zl3.rebootTempo, 10000);
     EXPECT_EQ(o.zl3.portUDP, 23400);
     EXPECT_EQ(PortUDP(), 23400);
-    for (bool b : o.exportation.colonnes) EXPECT_TRUE(b);
-    for (bool b : o.exportation.lignes) EXPECT_TRUE(b);
+    for (bool b : o.exportation.colonnes)
+        EXPECT_TRUE(b);
+    for (bool b : o.exportation.lignes)
+        EXPECT_TRUE(b);
     EXPECT_FALSE(o.exportation.xmlActif);
     EXPECT_EQ(o.exportation.format, 0);
     const std::string excel = Dossier() + "Export/Excel/";
@@ -134,7 +138,8 @@ TEST_F(ReglagesTest, SecondInstanceTouchesOnlyItsOwnFiles) {
     ASSERT_TRUE(SauveOptions(Modifiees(Root())));
     ASSERT_TRUE(SauveGeometrieFenetre("Frm_Main", {1, 2, 3000, 4000, 0, true}));
     std::map<std::string, std::string> partages;
-    for (const std::string& n : Fichiers()) partages[n] = test::ReadFile(Dossier() + n);
+    for (const std::string& n : Fichiers())
+        partages[n] = test::ReadFile(Dossier() + n);
 
     Etat().instance = 2;
     EXPECT_EQ(ChargeOptions().look.taillePolice, 12);  // not the shared file's 9
@@ -145,7 +150,8 @@ TEST_F(ReglagesTest, SecondInstanceTouchesOnlyItsOwnFiles) {
     ASSERT_TRUE(SauveGeometrieFenetre("Frm_Main", {5, 6, 7000, 8000, 0, true}));
     EXPECT_EQ(ChargeOptions(), o);
 
-    for (const auto& [nom, octets] : partages) EXPECT_EQ(test::ReadFile(Dossier() + nom), octets) << nom;
+    for (const auto& [nom, octets] : partages)
+        EXPECT_EQ(test::ReadFile(Dossier() + nom), octets) << nom;
     EXPECT_TRUE(sys::FileExists(Dossier() + "ZL3_Tools_Stats_2_Excel.Ini"));
     EXPECT_EQ(Fichiers().size(), 2 * partages.size());
 }
@@ -171,11 +177,13 @@ TEST_F(ReglagesTest, ColourResetRestoresGridAndCategoryColoursOnly) {
 TEST_F(ReglagesTest, MalformedLinesAndNonNumbersReadAsDocumented) {
     test::WriteFile(FichierSettings(),
                     "garbage without equals\r\n[ListeTV\r\n[ListeTV]\r\nTaillePolice=abc\r\n"
-                    "=orphan\r\nNomPolice=\r\n[Couleur]\r\nTV_Fond=rouge\r\nTV_Texte=99999999999\r\n"
+                    "=orphan\r\nNomPolice=\r\n[Couleur]\r\nTV_Fond=rouge\r\nTV_Texte="
+                    "999999999999999999999999999\r\n"
                     "Promo_Fond=  255  \r\n[Windows]\r\nRebootTempo=x1\r\nReboot=oui\r\n"
                     "[UDP]\r\nPort=70000\r\n[Tableur]\r\nApparence=7\r\n");
-    test::WriteFile(FichierSettingsExcel(), "[Export]\nFormat=xlsx\nApresExport=9\n[Colonnes]\n"
-                                            "Export=1x0\n[Lignes]\nCouleur_1=blanc\n");
+    test::WriteFile(FichierSettingsExcel(),
+                    "[Export]\nFormat=xlsx\nApresExport=9\n[Colonnes]\n"
+                    "Export=1x0\n[Lignes]\nCouleur_1=blanc\n");
     test::WriteFile(FichierSettingsInternet(), "[ServeurFTP_0]\nCnx=passif\nRetry=-4\n");
     const Options o = ChargeOptions();
     EXPECT_EQ(o.look.taillePolice, 12);
@@ -197,6 +205,13 @@ TEST_F(ReglagesTest, MalformedLinesAndNonNumbersReadAsDocumented) {
     EXPECT_EQ(o.internet.serveurs[0].cnx, 0);
     EXPECT_EQ(o.internet.serveurs[0].retry, 3);
     EXPECT_TRUE(box.shown.empty());
+
+    // The suite's switches: only the exact text "ON" is on.
+    test::WriteFile(FichierSettingsPositions(), "[S]\nA=on\nB=ON\nC=1\n");
+    EXPECT_FALSE(LitOnOff("S", "A", true, FichierSettingsPositions()));
+    EXPECT_TRUE(LitOnOff("S", "B", false, FichierSettingsPositions()));
+    EXPECT_FALSE(LitOnOff("S", "C", true, FichierSettingsPositions()));
+    EXPECT_TRUE(LitOnOff("S", "Absent", true, FichierSettingsPositions()));
 }
 
 TEST_F(ReglagesTest, PasswordFileIsPrivateAndStaysSo) {
@@ -207,6 +222,12 @@ TEST_F(ReglagesTest, PasswordFileIsPrivateAndStaysSo) {
         return st.st_mode & 0777;
     };
     EXPECT_EQ(mode(FichierSettingsInternet()), 0600u);
+    // A pasted line break cannot add keys to the file.
+    SettingsInternet pieges;
+    pieges.serveurs[0].pw = "abc\r\n[ServeurFTP_1]\r\nServeur=intrus";
+    ASSERT_TRUE(SaveSettingsInternet(pieges));
+    EXPECT_EQ(InitSettingsInternet().serveurs[0].pw, "abc  [ServeurFTP_1]  Serveur=intrus");
+    EXPECT_EQ(InitSettingsInternet().serveurs[1].serveur, "");
     // A file made readable by others (copied from an older installation) is narrowed again.
     std::filesystem::permissions(FichierSettingsInternet(), std::filesystem::perms(0644));
     ASSERT_TRUE(SaveSettingsInternet(SettingsInternet{}));
