@@ -290,4 +290,44 @@ bool SauveOptions(const Options& o) {
     return ok;
 }
 
+// ---- Loading the options window ------------------------------------------------------------
+
+std::string TitreSetup() {
+    return std::string("Options: ") + kTitreApplication + " - " + kVersionApplication;
+}
+
+InfosSetup InitGeneralSetup() {
+    const std::string identite = Identite("InitGeneralSetup");
+    TraceProc(identite);
+    InfosSetup i;
+    try {
+        i.nbBases = DetermineDossierConfig_Bases_Nombre();
+        const long zones = LitNombre("General_Out", "NbZones", 1, FichierSettings());
+        if (zones >= 1) i.nbZones = static_cast<int>(zones);
+    } catch (const std::exception& e) {
+        TraceErreur(identite, 0, e.what());
+    }
+    return i;
+}
+
+ChargementSetup ChargeSetup(const std::function<void(const std::string&)>& statut) {
+    auto annonce = [&statut](const char* etape) {
+        if (statut) statut(std::string("Tools Stats: Setup: ") + etape);
+    };
+    ChargementSetup c;
+    annonce("Init: General");
+    c.general = InitGeneralSetup();
+    annonce("Init: Settings");
+    annonce("Init: Settings ZL3");
+    c.options.zl3 = InitSettingsZL3();
+    annonce("Init: SettingsLook");
+    c.options.look = InitSettingsLook();
+    annonce("Init: SettingsInternet");
+    c.options.internet = InitSettingsInternet();
+    annonce("Init: SettingsExcel");
+    c.options.exportation = InitSettingsExport();
+    annonce("Loaded");
+    return c;
+}
+
 }  // namespace zl3

@@ -27,6 +27,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "Lib_Look.h"
@@ -145,5 +146,28 @@ struct Options {
 Options ChargeOptions();
 // Every key of every part written; false when any part could not be written.
 bool SauveOptions(const Options& o);
+
+// ---- Loading the options window (FrmSetup.Form_Load) ---------------------------------------
+
+// Caption: "Options: " & "Zelvar: Tools Stats" & " - " & version.
+std::string TitreSetup();
+
+struct InfosSetup {
+    int nbBases = 1;  // bases of the site (Lib_Config)
+    int nbZones = 1;  // [General_Out] NbZones of the main file, at least 1
+};
+// FrmSetup.InitGeneral's data; the look-style list is ListeStylesLook().
+InfosSetup InitGeneralSetup();
+
+struct ChargementSetup {
+    InfosSetup general;
+    Options options;
+};
+// The whole load, each step announced to `statut` (the window's status line) in this order:
+// "Tools Stats: Setup: Init: General", "Tools Stats: Setup: Init: Settings",
+// "Tools Stats: Setup: Init: Settings ZL3", "Tools Stats: Setup: Init: SettingsLook",
+// "Tools Stats: Setup: Init: SettingsInternet", "Tools Stats: Setup: Init: SettingsExcel",
+// "Tools Stats: Setup: Loaded".
+ChargementSetup ChargeSetup(const std::function<void(const std::string&)>& statut);
 
 }  // namespace zl3

@@ -134,6 +134,23 @@ TEST_F(ReglagesTest, EmptySettingsFolderGivesDefaultsAndCreatesExportFolders) {
     EXPECT_TRUE(e.lignes[8]);
 }
 
+TEST_F(ReglagesTest, OptionsWindowLoadIsAnnouncedStepByStep) {
+    ASSERT_TRUE(SauveOptions(Modifiees(Root())));
+    WriteProfileString("General_Out", "NbZones", "4", FichierSettings());
+    std::vector<std::string> statuts;
+    const ChargementSetup c = ChargeSetup([&](const std::string& s) { statuts.push_back(s); });
+    EXPECT_EQ(
+        statuts,
+        (std::vector<std::string>{
+            "Tools Stats: Setup: Init: General", "Tools Stats: Setup: Init: Settings",
+            "Tools Stats: Setup: Init: Settings ZL3", "Tools Stats: Setup: Init: SettingsLook",
+            "Tools Stats: Setup: Init: SettingsInternet", "Tools Stats: Setup: Init: SettingsExcel",
+            "Tools Stats: Setup: Loaded"}));
+    EXPECT_EQ(c.options, Modifiees(Root()));
+    EXPECT_EQ(c.general.nbZones, 4);
+    EXPECT_EQ(TitreSetup(), std::string("Options: Zelvar: Tools Stats - ") + kVersionApplication);
+}
+
 TEST_F(ReglagesTest, SecondInstanceTouchesOnlyItsOwnFiles) {
     ASSERT_TRUE(SauveOptions(Modifiees(Root())));
     ASSERT_TRUE(SauveGeometrieFenetre("Frm_Main", {1, 2, 3000, 4000, 0, true}));
