@@ -81,6 +81,15 @@ bool KeyOf(const std::string& line, std::string& key, std::string& value) {
 bool SaveLines(const std::string& file, const std::vector<Line>& lines) {
     const std::string tmp = file + ".tmp~";
     {
+        // The new copy takes the permissions of the file it replaces (a settings file holding
+        // passwords stays readable by its owner only): they are set while the copy is empty.
+        std::error_code pec;
+        const auto st = std::filesystem::status(file, pec);
+        if (!pec && std::filesystem::is_regular_file(st)) {
+            { std::ofstream create(tmp, std::ios::binary | std::ios::trunc); }
+            std::filesystem::permissions(tmp, st.permissions(),
+                                         std::filesystem::perm_options::replace, pec);
+        }
         std::ofstream out(tmp, std::ios::binary | std::ios::trunc);
         if (!out) return false;
         for (const Line& l : lines)

@@ -7,7 +7,7 @@
 //   are ignored on reading and kept on writing;
 // - writing a key rewrites only that key's line (or adds it at the end of its section, or adds
 //   the section at the end of the file); every other byte of the file is kept as it was, line
-//   endings included (a new file gets CR LF);
+//   endings included (a new file gets CR LF); the rewritten file keeps the permissions it had;
 // - the file's text is Windows-1252; callers exchange UTF-8.
 #pragma once
 

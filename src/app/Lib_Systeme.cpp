@@ -9,8 +9,11 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
+#include <fcntl.h>
 #include <sys/utsname.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 #include <ctime>
 #endif
@@ -241,6 +244,29 @@ bool CheckRep(const std::string& folder) {
 bool File_Delete(const std::string& path) {
     std::error_code ec;
     return fs::remove(path, ec) && !ec;
+}
+
+bool FichierPrive(const std::string& path) {
+    if (path.empty()) return false;
+    std::error_code ec;
+    if (!fs::exists(path, ec)) {
+#ifdef _WIN32
+        std::ofstream f(path, std::ios::binary | std::ios::app);
+        return static_cast<bool>(f);
+#else
+        const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        if (fd < 0 && errno != EEXIST) return false;
+        if (fd >= 0) ::close(fd);
+#endif
+    }
+#ifdef _WIN32
+    return fs::is_regular_file(path, ec);
+#else
+    if (!fs::is_regular_file(path, ec)) return false;
+    fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write, fs::perm_options::replace,
+                    ec);
+    return !ec;
+#endif
 }
 
 bool ShellOpen(const std::string& pathOrUrl) {

@@ -57,6 +57,10 @@ bool FolderExists(const std::string& path);
 // Creates the folder and its parents; true when it exists afterwards.
 bool CheckRep(const std::string& folder);
 bool File_Delete(const std::string& path);
+// Makes `path` a file only its owner may read or write (created empty when missing, an existing
+// file's permissions narrowed to the owner). On Windows the per-user settings folder already
+// keeps other users out: the file is only created. False when the file cannot be made so.
+bool FichierPrive(const std::string& path);
 
 // The shell's "Open" action on a file or an address.
 bool ShellOpen(const std::string& pathOrUrl);
