@@ -388,11 +388,12 @@ Impression MetEnPage(const Grid& g, const OptionsImpression& o) {
     return imp;
 }
 
-Impression MetEnPageRapport(const Grid& grille, Rapport rapport, const DateTime& debut,
-                            const DateTime& fin, const std::string& identification1,
+Impression MetEnPageRapport(const Grid& grille, std::optional<Rapport> rapport,
+                            const DateTime& debut, const DateTime& fin,
+                            const std::string& identification1,
                             const std::string& identification2, const DateTime& maintenant) {
     OptionsImpression o;
-    o.entete = EnteteImpression(rapport, debut, fin);
+    if (rapport) o.entete = EnteteImpression(*rapport, debut, fin);
     o.pied = kPiedImpression;
     o.orientation = rapport == Rapport::Quotas ? Orientation::Paysage : Orientation::Automatique;
     o.maintenant = maintenant;

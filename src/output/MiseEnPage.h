@@ -23,6 +23,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -138,8 +139,10 @@ double LargeurTexte(const std::string& texte, const Police& police);
 Impression MetEnPage(const Grid& grille, const OptionsImpression& options);
 
 // The main window's print of a report: its page header, the footer kPiedImpression, the
-// report's orientation, the job name from the two identification texts.
-Impression MetEnPageRapport(const Grid& grille, Rapport rapport, const DateTime& debut,
+// report's orientation, the job name from the two identification texts. Without a report (a
+// music sub-tab other than 0, 1, 2: RapportDeOnglet gives none) there is no page header and the
+// rest proceeds.
+Impression MetEnPageRapport(const Grid& grille, std::optional<Rapport> rapport, const DateTime& debut,
                             const DateTime& fin, const std::string& identification1,
                             const std::string& identification2, const DateTime& maintenant);
 
