@@ -1,7 +1,5 @@
 #include "ClasseurXls.h"
 
-#include "ClasseurXlsx.h"
-
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -661,9 +659,9 @@ void EcritFeuille(Flux& f, const TableTextes& textes, const Grid& grille, int co
             const uint32_t* ligne = textes.indexCellules.data() + static_cast<size_t>(r) * colonnes;
             for (int c = 0; c < colonnes; ++c) {
                 if (ligne[c] == kSansTexte) continue;
-                const unsigned xf = !centres.empty() && centres[static_cast<size_t>(r) * colonnes + c]
-                                        ? kXfCentre
-                                        : kXfCellule;
+                const bool centre =
+                    !centres.empty() && centres[static_cast<size_t>(r) * colonnes + c];
+                const unsigned xf = centre ? kXfCentre : kXfCellule;
                 if (ligne[c] == kNombre) {
                     // The General format shows the integer as the grid's text.
                     const size_t d = f.Debut(kNumber);
@@ -922,7 +920,8 @@ ResultatEcriture EcritClasseurXls(const std::string& chemin, const Grid& grille,
                 return ResultatEcriture::Echec("Le texte de la cellule ligne " + std::to_string(r) +
                                                ", colonne " + std::to_string(c) + " dépasse " +
                                                std::to_string(kXlsMaxTexteCellule) + " caractères");
-            uint32_t& cellule = textes.indexCellules[static_cast<size_t>(r - 1) * colonnes + (c - 1)];
+            uint32_t& cellule =
+                textes.indexCellules[static_cast<size_t>(r - 1) * colonnes + (c - 1)];
             if (NombreEntier(t)) {
                 cellule = kNombre;
             } else {

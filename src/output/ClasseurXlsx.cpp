@@ -79,56 +79,7 @@ std::string TexteTailleExcessiveXlsx() {
 }
 
 bool TientDansUneFeuilleXlsx(int colonnes, int lignes) {
-    return colonnes >= 0 && lignes >= 0 && colonnes <= kXlsxMaxColonnes &&
-           lignes <= kXlsxMaxLignes;
-}
-
-std::optional<long long> NombreEntier(const std::string& texte) {
-    size_t i = 0;
-    const bool negatif = !texte.empty() && texte[0] == '-';
-    if (negatif) i = 1;
-    const size_t chiffres = texte.size() - i;
-    if (chiffres < 1 || chiffres > 15) return std::nullopt;
-    if (texte[i] == '0' && (chiffres > 1 || negatif)) return std::nullopt;  // "007", "-0"
-    long long v = 0;
-    for (; i < texte.size(); ++i) {
-        const char c = texte[i];
-        if (c < '0' || c > '9') return std::nullopt;
-        v = v * 10 + (c - '0');
-    }
-    return negatif ? -v : v;
-}
-
-std::optional<Pourcentage> PourcentageDeTexte(const std::string& texte) {
-    size_t fin = texte.size();
-    if (fin == 0 || texte[fin - 1] != '%') return std::nullopt;
-    --fin;
-    while (fin > 0 && texte[fin - 1] == ' ')
-        --fin;
-    const std::string nombre = texte.substr(0, fin);
-    size_t i = 0;
-    const bool negatif = !nombre.empty() && nombre[0] == '-';
-    if (negatif) i = 1;
-    double entier = 0;
-    int chiffresEntiers = 0;
-    for (; i < nombre.size() && nombre[i] >= '0' && nombre[i] <= '9'; ++i, ++chiffresEntiers)
-        entier = entier * 10 + (nombre[i] - '0');
-    if (chiffresEntiers == 0 || chiffresEntiers > 12) return std::nullopt;
-    Pourcentage p;
-    double decimales = 0;
-    if (i < nombre.size()) {
-        if (nombre[i] != '.') return std::nullopt;
-        ++i;
-        double echelle = 1;
-        for (; i < nombre.size() && nombre[i] >= '0' && nombre[i] <= '9'; ++i, ++p.decimales) {
-            echelle /= 10;
-            decimales += (nombre[i] - '0') * echelle;
-        }
-        if (i != nombre.size() || p.decimales == 0 || p.decimales > 6) return std::nullopt;
-    }
-    const double valeur = entier + decimales;
-    p.fraction = (negatif ? -valeur : valeur) / 100.0;
-    return p;
+    return colonnes >= 0 && lignes >= 0 && colonnes <= kXlsxMaxColonnes && lignes <= kXlsxMaxLignes;
 }
 
 ResultatEcriture EcritClasseurXlsx(const std::string& chemin, const Grid& grille,
@@ -193,8 +144,8 @@ ResultatEcriture EcritClasseurXlsx(const std::string& chemin, const Grid& grille
             if (!ligneEntete && k >= colonnesEntete) {
                 if (const auto n = NombreEntier(t)) {
                     e = worksheet_write_number(ws, static_cast<lxw_row_t>(r),
-                                               static_cast<lxw_col_t>(k),
-                                               static_cast<double>(*n), nullptr);
+                                               static_cast<lxw_col_t>(k), static_cast<double>(*n),
+                                               nullptr);
                 } else if (const auto p = grille.Genre(k + 1) == GenreColonne::Pourcentage
                                               ? PourcentageDeTexte(t)
                                               : std::nullopt) {
@@ -206,8 +157,8 @@ ResultatEcriture EcritClasseurXlsx(const std::string& chemin, const Grid& grille
                                                static_cast<lxw_col_t>(k), t.c_str(), f);
                 }
             } else {
-                e = worksheet_write_string(ws, static_cast<lxw_row_t>(r),
-                                           static_cast<lxw_col_t>(k), t.c_str(), f);
+                e = worksheet_write_string(ws, static_cast<lxw_row_t>(r), static_cast<lxw_col_t>(k),
+                                           t.c_str(), f);
             }
             if (e != LXW_NO_ERROR)
                 return ResultatEcriture::Echec("Cellule ligne " + std::to_string(r + 1) +
@@ -220,18 +171,16 @@ ResultatEcriture EcritClasseurXlsx(const std::string& chemin, const Grid& grille
     }
     for (const ZoneFusionnee& z : zones) {
         const std::string& t = grille.Text(z.premiereColonne + 1, z.premiereLigne + 1);
-        worksheet_merge_range(ws, static_cast<lxw_row_t>(z.premiereLigne),
-                              static_cast<lxw_col_t>(z.premiereColonne),
-                              static_cast<lxw_row_t>(z.derniereLigne),
-                              static_cast<lxw_col_t>(z.derniereColonne), t.c_str(),
-                              z.premiereLigne < lignesEntete ? entete : nullptr);
+        worksheet_merge_range(
+            ws, static_cast<lxw_row_t>(z.premiereLigne), static_cast<lxw_col_t>(z.premiereColonne),
+            static_cast<lxw_row_t>(z.derniereLigne), static_cast<lxw_col_t>(z.derniereColonne),
+            t.c_str(), z.premiereLigne < lignesEntete ? entete : nullptr);
     }
     for (int k = 0; k < colonnes; ++k) {
         const int propre = grille.ColWidth(k < colonnesEntete ? 0 : k + 1);
         const int l = std::clamp(std::max(largeurs[static_cast<size_t>(k)] + 2, propre),
                                  kLargeurMin, kLargeurMax);
-        worksheet_set_column(ws, static_cast<lxw_col_t>(k), static_cast<lxw_col_t>(k), l,
-                             nullptr);
+        worksheet_set_column(ws, static_cast<lxw_col_t>(k), static_cast<lxw_col_t>(k), l, nullptr);
     }
     if (lignesEntete > 0 || colonnesEntete > 0)
         worksheet_freeze_panes(ws, static_cast<lxw_row_t>(lignesEntete),

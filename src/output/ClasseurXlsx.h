@@ -1,7 +1,8 @@
 // Office Open XML workbook (".xlsx") writer, through libxlsxwriter: one worksheet holding the
 // data area of a grid, made for computing rather than only reading.
 //
-// - A cell whose text is a plain integer (NombreEntier) is stored as a number; it shows the same
+// - A cell whose text is a plain integer (NombreEntier, EcritureFichier.h) is stored as a number;
+// it shows the same
 //   text with the General format.
 // - A cell of a percentage column (GenreColonne::Pourcentage) whose text is a percentage
 //   (PourcentageDeTexte, "12.5 %") is stored as the fraction 0.125 with a percent format of the
@@ -37,18 +38,6 @@ struct MiseEnFormeClasseur {
     int lignesEntete = 0;    // leading rows that hold the column headers
     int colonnesEntete = 0;  // leading columns that hold the row headers
 };
-
-// The value of a text that is a plain integer: optional "-", then 1 to 15 digits without a
-// leading zero (or "0" alone), so that the number shows exactly the same text.
-std::optional<long long> NombreEntier(const std::string& texte);
-
-// A percentage text: a number with an optional "." and decimals, optional spaces, then "%".
-// Gives the fraction (12.5 % → 0.125) and the number of decimals of the text.
-struct Pourcentage {
-    double fraction = 0;
-    int decimales = 0;
-};
-std::optional<Pourcentage> PourcentageDeTexte(const std::string& texte);
 
 // Writes the data area of `grille` (columns 1..MaxCols(), rows 1..MaxRows()) to `chemin` as
 // sheet `nomFeuille` (sanitized as NomFeuilleXls), through a temporary file of the target folder

@@ -158,8 +158,8 @@ ResultatEcriture ImprimeRapportPdf(const Grid& grille, Rapport rapport, const Da
                                    const std::string& chemin, bool ecraser) {
     if (!ecraser && sys::FileExists(chemin))
         return ResultatEcriture::Echec("Le fichier '" + chemin + "' existe déjà (gardé)");
-    const Impression imp = MetEnPageRapport(grille, rapport, debut, fin, identification1,
-                                            identification2, maintenant);
+    const Impression imp =
+        MetEnPageRapport(grille, rapport, debut, fin, identification1, identification2, maintenant);
     return EcritFichierPdf(chemin, imp.pages, imp.nomTravail);
 }
 

@@ -1,5 +1,5 @@
-// Export of a result grid to a spreadsheet (".xls", ".xlsx") or XML (".xml") file: the command of the
-// main window's menu (MnuExportExcel_Click) and of the history-export window
+// Export of a result grid to a spreadsheet (".xls", ".xlsx") or XML (".xml") file: the command
+// of the main window's menu (MnuExportExcel_Click) and of the history-export window
 // (FrmExport.Mnu01Export_Click), without their save dialogs, which come in as a callback.
 //
 // The flow, shared by both windows (ExporteGrille):

@@ -12,8 +12,8 @@ namespace {
 
 #include "MetriquesHelvetica.inc"
 
-const char* const kJours[] = {"lundi", "mardi", "mercredi", "jeudi", "vendredi", "samedi",
-                              "dimanche"};
+const char* const kJours[] = {"lundi",    "mardi",  "mercredi", "jeudi",
+                              "vendredi", "samedi", "dimanche"};
 const char* const kMois[] = {"janvier", "février", "mars",      "avril",   "mai",      "juin",
                              "juillet", "août",    "septembre", "octobre", "novembre", "décembre"};
 
@@ -48,10 +48,10 @@ std::string Ajuste(const std::string& texte, const Police& police, double largeu
     return garde.empty() && suite > largeur ? std::string() : garde + kPointsDeSuite;
 }
 
-// A column of the printed table: a row-header column (`entete` = its level) or data column `col`.
+// A column of the printed table: row-header column `niveau` (col == 0) or data column `col`.
 struct ColonneImprimee {
-    int col = 0;      // data column 1..MaxCols(), 0 for a row-header column
-    int niveau = 0;   // row-header column level when col == 0
+    int col = 0;     // data column 1..MaxCols(), 0 for a row-header column
+    int niveau = 0;  // row-header column level when col == 0
     double largeur = 0;
     Alignement alignement = Alignement::Gauche;
 };
@@ -116,9 +116,10 @@ std::vector<LigneImprimee> InterpreteCodes(const std::string& codes, const DateT
             continue;
         }
         const char code = static_cast<char>(std::tolower(static_cast<unsigned char>(codes[i + 1])));
-        const char apres = i + 2 < codes.size()
-                               ? static_cast<char>(std::tolower(static_cast<unsigned char>(codes[i + 2])))
-                               : '\0';
+        const char apres =
+            i + 2 < codes.size()
+                ? static_cast<char>(std::tolower(static_cast<unsigned char>(codes[i + 2])))
+                : '\0';
         ++i;  // the code letter
         switch (code) {
             case 'l':
@@ -147,7 +148,8 @@ std::vector<LigneImprimee> InterpreteCodes(const std::string& codes, const DateT
                     *partie += HeureLongue(maintenant);
                     ++i;
                 } else {
-                    *partie += PadNumber(maintenant.hour, 2) + ":" + PadNumber(maintenant.minute, 2);
+                    *partie +=
+                        PadNumber(maintenant.hour, 2) + ":" + PadNumber(maintenant.minute, 2);
                 }
                 break;
             case 'p':
@@ -187,8 +189,8 @@ Impression MetEnPage(const Grid& g, const OptionsImpression& o) {
         colonnes.push_back({0, k, 0, Alignement::Gauche});
     for (int c = 1; c <= g.MaxCols(); ++c) {
         const GenreColonne genre = g.Genre(c);
-        colonnes.push_back({c, 0, 0,
-                            genre == GenreColonne::Texte ? Alignement::Gauche : Alignement::Droite});
+        colonnes.push_back(
+            {c, 0, 0, genre == GenreColonne::Texte ? Alignement::Gauche : Alignement::Droite});
     }
     const auto couvertParUnePlage = [&g](int niveau, int col) {
         for (const HeaderSpan& s : g.Spans())
@@ -218,8 +220,8 @@ Impression MetEnPage(const Grid& g, const OptionsImpression& o) {
             if (c.col == 0 || (!couvertParUnePlage(n, c.col) && !plage(n, c.col)))
                 l = std::max(l, LargeurTexte(texteEntete(n, c), grasse) + 2 * marge);
         for (int r = 1; r <= lignes; ++r)
-            l = std::max(l, LargeurTexte(texteCellule(r, c), EnGras(r, c) ? grasse : normale) +
-                                2 * marge);
+            l = std::max(
+                l, LargeurTexte(texteCellule(r, c), EnGras(r, c) ? grasse : normale) + 2 * marge);
         c.largeur = l;
     }
     // A merged header wider than its columns widens them evenly.
@@ -291,9 +293,8 @@ Impression MetEnPage(const Grid& g, const OptionsImpression& o) {
     for (const ColonneImprimee& c : colonnes)
         bords.push_back(bords.back() + c.largeur);
 
-    const auto ligneDeCodes = [](PageImprimee& page, const std::vector<LigneImprimee>& ls,
-                                 double y, double h, double gauche, double largeur,
-                                 const Police& police) {
+    const auto ligneDeCodes = [](PageImprimee& page, const std::vector<LigneImprimee>& ls, double y,
+                                 double h, double gauche, double largeur, const Police& police) {
         for (const LigneImprimee& l : ls) {
             const Cadre cadre{gauche, y, largeur, h};
             if (!l.gauche.empty())
@@ -349,8 +350,8 @@ Impression MetEnPage(const Grid& g, const OptionsImpression& o) {
                 cellule(page, bords[i], bords[fin], y, texteEntete(n, c), Alignement::Centre,
                         texteGras);
                 // The line at the right of the cell (merged cells have none inside).
-                page.primitives.push_back(TraitDessine{bords[fin], y, bords[fin],
-                                                       y + hauteurLigne, 0.5, kCouleurTrait});
+                page.primitives.push_back(
+                    TraitDessine{bords[fin], y, bords[fin], y + hauteurLigne, 0.5, kCouleurTrait});
             }
             page.primitives.push_back(
                 TraitDessine{x0, y, x0 + largeurTable, y, 0.5, kCouleurTrait});
@@ -390,8 +391,8 @@ Impression MetEnPage(const Grid& g, const OptionsImpression& o) {
 
 Impression MetEnPageRapport(const Grid& grille, std::optional<Rapport> rapport,
                             const DateTime& debut, const DateTime& fin,
-                            const std::string& identification1,
-                            const std::string& identification2, const DateTime& maintenant) {
+                            const std::string& identification1, const std::string& identification2,
+                            const DateTime& maintenant) {
     OptionsImpression o;
     if (rapport) o.entete = EnteteImpression(*rapport, debut, fin);
     o.pied = kPiedImpression;

@@ -142,8 +142,9 @@ Impression MetEnPage(const Grid& grille, const OptionsImpression& options);
 // report's orientation, the job name from the two identification texts. Without a report (a
 // music sub-tab other than 0, 1, 2: RapportDeOnglet gives none) there is no page header and the
 // rest proceeds.
-Impression MetEnPageRapport(const Grid& grille, std::optional<Rapport> rapport, const DateTime& debut,
-                            const DateTime& fin, const std::string& identification1,
-                            const std::string& identification2, const DateTime& maintenant);
+Impression MetEnPageRapport(const Grid& grille, std::optional<Rapport> rapport,
+                            const DateTime& debut, const DateTime& fin,
+                            const std::string& identification1, const std::string& identification2,
+                            const DateTime& maintenant);
 
 }  // namespace zl3

@@ -32,7 +32,8 @@ Grid GrilleMois() {
     g.SetHeaderRows(3);
     g.SetHeaderCols(2);
     g.SetColHeader(2, 0, "Date");
-    const char* noms[9] = {"Fr.", "N.T.", "Fr + NT", "Etr.", "Instru.", "Fr.", "N.T.", "Fr + NT", "Etr."};
+    const char* noms[9] = {"Fr.", "N.T.", "Fr + NT", "Etr.", "Instru.",
+                           "Fr.", "N.T.", "Fr + NT", "Etr."};
     for (int bande = 0; bande < 2; ++bande) {
         const int d = bande * 9;
         g.SetColHeader(0, d + 1, bande == 0 ? "00H00 - 23H59" : "06H30 - 22H30");
@@ -219,8 +220,8 @@ TEST(MiseEnPage, PdfReluParPdftotext) {
     const std::string chemin = dossier / "releve.pdf";
     const DateTime debut{2026, 10, 1};
     const DateTime fin{2026, 10, 31};
-    const ResultatEcriture r =
-        ImprimeRapportPdf(g, Rapport::Sacem, debut, fin, "Radio", "Lille", kMaintenant, chemin, false);
+    const ResultatEcriture r = ImprimeRapportPdf(g, Rapport::Sacem, debut, fin, "Radio", "Lille",
+                                                 kMaintenant, chemin, false);
     ASSERT_TRUE(r.ok) << r.erreur;
     const std::string texte = dossier / "releve.txt";
     ASSERT_EQ(std::system(("pdftotext -layout '" + chemin + "' '" + texte + "'").c_str()), 0);
@@ -237,12 +238,10 @@ TEST(MiseEnPage, PdfReluParPdftotext) {
               std::string::npos);
 
     // An existing file is kept unless replacing is asked for.
-    EXPECT_FALSE(ImprimeRapportPdf(g, Rapport::Sacem, debut, fin, "R", "L", kMaintenant, chemin,
-                                   false)
-                     .ok);
-    EXPECT_TRUE(ImprimeRapportPdf(g, Rapport::Sacem, debut, fin, "R", "L", kMaintenant, chemin,
-                                  true)
-                    .ok);
+    EXPECT_FALSE(
+        ImprimeRapportPdf(g, Rapport::Sacem, debut, fin, "R", "L", kMaintenant, chemin, false).ok);
+    EXPECT_TRUE(
+        ImprimeRapportPdf(g, Rapport::Sacem, debut, fin, "R", "L", kMaintenant, chemin, true).ok);
     EXPECT_EQ(AvecExtensionPdf(dossier / "x"), dossier / "x.pdf");
     EXPECT_EQ(AvecExtensionPdf("X.PDF"), "X.PDF");
 }
