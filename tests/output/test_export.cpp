@@ -124,6 +124,8 @@ TEST(ExportNoms, NomsParDefautEtFeuillesDesQuatreRapports) {
     EXPECT_EQ(FormatDeReglage(0), FormatExport::Xls);
     EXPECT_EQ(FormatDeReglage(1), FormatExport::Xls);
     EXPECT_EQ(FormatDeReglage(2), FormatExport::Xml);
+    EXPECT_EQ(FormatDeReglage(3), FormatExport::Xlsx);
+    EXPECT_EQ(FormatDeReglage(4), FormatExport::Xls);
     EXPECT_EQ(AvecExtension("rapport", FormatExport::Xls), "rapport.xls");
     EXPECT_EQ(AvecExtension("X.XLS", FormatExport::Xls), "X.XLS");
     EXPECT_EQ(AvecExtension("a.xls", FormatExport::Xml), "a.xls.xml");
