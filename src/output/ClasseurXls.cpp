@@ -69,6 +69,7 @@ enum IdEnregistrement : uint16_t {
     kDimensions = 0x0200,
     kRow = 0x0208,
     kLabelSst = 0x00FD,
+    kNumber = 0x0203,
     kDbCell = 0x00D7,
     kWindow2 = 0x023E,
     kMergeCells = 0x00E5,
@@ -89,6 +90,8 @@ constexpr size_t kMaxColInfo = 255;
 // Merged zones per MERGEDCELLS record (2 + 8 × 1026 bytes fit in one record).
 constexpr size_t kZonesParEnreg = 1026;
 constexpr uint32_t kSansTexte = std::numeric_limits<uint32_t>::max();
+// A cell whose text is a plain integer, written as a NUMBER record rather than a shared string.
+constexpr uint32_t kNombre = kSansTexte - 1;
 
 // ---- The Workbook stream under construction -------------------------------------------------
 
@@ -530,8 +533,8 @@ struct Plage {
     int fin = 0;       // last used + 1; 0 when nothing is used
 };
 
-void EcritFeuille(Flux& f, const TableTextes& textes, int colonnes, int lignes,
-                  const std::vector<ZoneFusionnee>& fusions) {
+void EcritFeuille(Flux& f, const TableTextes& textes, const Grid& grille, int colonnes,
+                  int lignes, const std::vector<ZoneFusionnee>& fusions) {
     // Used rows, and the used column range of each.
     std::vector<Plage> colonnesDeLigne(static_cast<size_t>(lignes));
     Plage lignesUtilisees;
@@ -656,6 +659,19 @@ void EcritFeuille(Flux& f, const TableTextes& textes, int colonnes, int lignes,
             const uint32_t* ligne = textes.indexCellules.data() + static_cast<size_t>(r) * colonnes;
             for (int c = 0; c < colonnes; ++c) {
                 if (ligne[c] == kSansTexte) continue;
+                const bool centre =
+                    !centres.empty() && centres[static_cast<size_t>(r) * colonnes + c];
+                const unsigned xf = centre ? kXfCentre : kXfCellule;
+                if (ligne[c] == kNombre) {
+                    // The General format shows the integer as the grid's text.
+                    const size_t d = f.Debut(kNumber);
+                    f.U16(static_cast<unsigned>(r));
+                    f.U16(static_cast<unsigned>(c));
+                    f.U16(xf);
+                    f.F64(static_cast<double>(*NombreEntier(grille.Text(c + 1, r + 1))));
+                    f.Fin(d);
+                    continue;
+                }
                 char b[14];
                 const auto pose16 = [&b](int at, unsigned v) {
                     b[at] = static_cast<char>(v & 0xFF);
@@ -665,9 +681,7 @@ void EcritFeuille(Flux& f, const TableTextes& textes, int colonnes, int lignes,
                 pose16(2, 10);
                 pose16(4, static_cast<unsigned>(r));
                 pose16(6, static_cast<unsigned>(c));
-                pose16(8, !centres.empty() && centres[static_cast<size_t>(r) * colonnes + c]
-                              ? kXfCentre
-                              : kXfCellule);
+                pose16(8, xf);
                 pose16(10, ligne[c] & 0xFFFF);
                 pose16(12, ligne[c] >> 16);
                 f.octets.append(b, sizeof b);
@@ -697,25 +711,6 @@ void EcritFeuille(Flux& f, const TableTextes& textes, int colonnes, int lignes,
         f.Fin(d);
     }
     f.Mots(kEof, {});
-}
-
-// Merged zones kept for the file: inside the table, more than one cell, no overlap.
-std::vector<ZoneFusionnee> ZonesValides(const std::vector<ZoneFusionnee>& zones, int colonnes,
-                                        int lignes) {
-    std::vector<ZoneFusionnee> gardees;
-    for (const ZoneFusionnee& z : zones) {
-        if (z.premiereLigne < 0 || z.premiereColonne < 0 || z.derniereLigne >= lignes ||
-            z.derniereColonne >= colonnes || z.derniereLigne < z.premiereLigne ||
-            z.derniereColonne < z.premiereColonne)
-            continue;
-        if (z.derniereLigne == z.premiereLigne && z.derniereColonne == z.premiereColonne) continue;
-        const bool chevauche = std::any_of(gardees.begin(), gardees.end(), [&](const auto& g) {
-            return z.premiereLigne <= g.derniereLigne && g.premiereLigne <= z.derniereLigne &&
-                   z.premiereColonne <= g.derniereColonne && g.premiereColonne <= z.derniereColonne;
-        });
-        if (!chevauche) gardees.push_back(z);
-    }
-    return gardees;
 }
 
 // ---- Compound file container ----------------------------------------------------------------
@@ -850,6 +845,24 @@ size_t LongueurUtf16(std::string_view s) {
 
 }  // namespace
 
+std::vector<ZoneFusionnee> ZonesValides(const std::vector<ZoneFusionnee>& zones, int colonnes,
+                                        int lignes) {
+    std::vector<ZoneFusionnee> gardees;
+    for (const ZoneFusionnee& z : zones) {
+        if (z.premiereLigne < 0 || z.premiereColonne < 0 || z.derniereLigne >= lignes ||
+            z.derniereColonne >= colonnes || z.derniereLigne < z.premiereLigne ||
+            z.derniereColonne < z.premiereColonne)
+            continue;
+        if (z.derniereLigne == z.premiereLigne && z.derniereColonne == z.premiereColonne) continue;
+        const bool chevauche = std::any_of(gardees.begin(), gardees.end(), [&](const auto& g) {
+            return z.premiereLigne <= g.derniereLigne && g.premiereLigne <= z.derniereLigne &&
+                   z.premiereColonne <= g.derniereColonne && g.premiereColonne <= z.derniereColonne;
+        });
+        if (!chevauche) gardees.push_back(z);
+    }
+    return gardees;
+}
+
 std::string TexteTailleExcessiveXls() {
     return "Le tableau dépasse la taille d'une feuille Excel (" + std::to_string(kXlsMaxLignes) +
            " lignes, " + std::to_string(kXlsMaxColonnes) + " colonnes)";
@@ -907,12 +920,17 @@ ResultatEcriture EcritClasseurXls(const std::string& chemin, const Grid& grille,
                 return ResultatEcriture::Echec("Le texte de la cellule ligne " + std::to_string(r) +
                                                ", colonne " + std::to_string(c) + " dépasse " +
                                                std::to_string(kXlsMaxTexteCellule) + " caractères");
-            textes.indexCellules[static_cast<size_t>(r - 1) * colonnes + (c - 1)] =
-                textes.uniques.Indice(t);
+            uint32_t& cellule =
+                textes.indexCellules[static_cast<size_t>(r - 1) * colonnes + (c - 1)];
+            if (NombreEntier(t)) {
+                cellule = kNombre;
+            } else {
+                cellule = textes.uniques.Indice(t);
+                ++textes.references;
+            }
             int& largeur = textes.largeurs[static_cast<size_t>(c - 1)];
             if (t.size() > static_cast<size_t>(largeur))  // never fewer bytes than characters
                 largeur = std::max(largeur, NombreCaracteres(t));
-            ++textes.references;
         }
     }
 
@@ -921,7 +939,7 @@ ResultatEcriture EcritClasseurXls(const std::string& chemin, const Grid& grille,
                      static_cast<size_t>(lignes) * 22);
     const ResultatGlobaux globaux = EcritGlobaux(f, NomFeuilleXls(nomFeuille), textes);
     f.PoseU32(globaux.positionPositionFeuille, static_cast<uint32_t>(f.Pos()));
-    EcritFeuille(f, textes, colonnes, lignes, ZonesValides(fusions, colonnes, lignes));
+    EcritFeuille(f, textes, grille, colonnes, lignes, ZonesValides(fusions, colonnes, lignes));
     if (f.octets.size() > 0x7FFFFFFFu) return ResultatEcriture::Echec("Le classeur dépasse 2 Go");
 
     return EcritFichierAtomique(chemin, [&f](SortieFichier& sortie, std::string&) {

@@ -33,6 +33,11 @@ struct ZoneFusionnee {
     int derniereColonne = 0;
 };
 
+// The zones of `zones` that a workbook can hold: inside a table of `colonnes` × `lignes`, more
+// than one cell, not overlapping a zone kept before.
+std::vector<ZoneFusionnee> ZonesValides(const std::vector<ZoneFusionnee>& zones, int colonnes,
+                                        int lignes);
+
 // The refusal shown when a table does not fit in one worksheet.
 std::string TexteTailleExcessiveXls();
 // True when `colonnes` × `lignes` cells fit in one worksheet.

@@ -129,4 +129,52 @@ ResultatEcriture EcritFichierAtomique(const std::string& chemin,
     return ResultatEcriture::Succes();
 }
 
+std::optional<long long> NombreEntier(const std::string& texte) {
+    size_t i = 0;
+    const bool negatif = !texte.empty() && texte[0] == '-';
+    if (negatif) i = 1;
+    const size_t chiffres = texte.size() - i;
+    if (chiffres < 1 || chiffres > 15) return std::nullopt;
+    if (texte[i] == '0' && (chiffres > 1 || negatif)) return std::nullopt;  // "007", "-0"
+    long long v = 0;
+    for (; i < texte.size(); ++i) {
+        const char c = texte[i];
+        if (c < '0' || c > '9') return std::nullopt;
+        v = v * 10 + (c - '0');
+    }
+    return negatif ? -v : v;
+}
+
+std::optional<Pourcentage> PourcentageDeTexte(const std::string& texte) {
+    size_t fin = texte.size();
+    if (fin == 0 || texte[fin - 1] != '%') return std::nullopt;
+    --fin;
+    while (fin > 0 && texte[fin - 1] == ' ')
+        --fin;
+    const std::string nombre = texte.substr(0, fin);
+    size_t i = 0;
+    const bool negatif = !nombre.empty() && nombre[0] == '-';
+    if (negatif) i = 1;
+    double entier = 0;
+    int chiffresEntiers = 0;
+    for (; i < nombre.size() && nombre[i] >= '0' && nombre[i] <= '9'; ++i, ++chiffresEntiers)
+        entier = entier * 10 + (nombre[i] - '0');
+    if (chiffresEntiers == 0 || chiffresEntiers > 12) return std::nullopt;
+    Pourcentage p;
+    double decimales = 0;
+    if (i < nombre.size()) {
+        if (nombre[i] != '.') return std::nullopt;
+        ++i;
+        double echelle = 1;
+        for (; i < nombre.size() && nombre[i] >= '0' && nombre[i] <= '9'; ++i, ++p.decimales) {
+            echelle /= 10;
+            decimales += (nombre[i] - '0') * echelle;
+        }
+        if (i != nombre.size() || p.decimales == 0 || p.decimales > 6) return std::nullopt;
+    }
+    const double valeur = entier + decimales;
+    p.fraction = (negatif ? -valeur : valeur) / 100.0;
+    return p;
+}
+
 }  // namespace zl3

@@ -1,11 +1,13 @@
 // Shared plumbing of the export file writers: the result they return, the write-then-rename of
-// the finished file, and the UTF-8 decoding both writers need to re-encode cell texts.
+// the finished file, the UTF-8 decoding the writers need to re-encode cell texts, and the cell
+// texts that the spreadsheet writers store as numbers.
 #pragma once
 
 #include "Utf8.h"
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -50,5 +52,19 @@ inline char32_t LitCaractereUtf8(std::string_view texte, size_t& pos) {
 inline void AjouteUtf8(std::string& sortie, char32_t c) {
     AppendUtf8(sortie, c);
 }
+
+// ---- Cell texts stored as numbers --------------------------------------------------------
+
+// The value of a text that is a plain integer: optional "-", then 1 to 15 digits without a
+// leading zero (or "0" alone), so that the number shows exactly the same text.
+std::optional<long long> NombreEntier(const std::string& texte);
+
+// A percentage text: a number with an optional "." and decimals, optional spaces, then "%".
+// Gives the fraction (12.5 % → 0.125) and the number of decimals of the text.
+struct Pourcentage {
+    double fraction = 0;
+    int decimales = 0;
+};
+std::optional<Pourcentage> PourcentageDeTexte(const std::string& texte);
 
 }  // namespace zl3

@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <fstream>
 #include <new>
+#include <optional>
 
+#include "ClasseurXlsx.h"
 #include "FichierXml.h"
 #include "Lib_Messages.h"
 #include "Lib_Public.h"
@@ -29,61 +31,6 @@ class Sablier {
     ~Sablier() { SablierOff(); }
     Sablier(const Sablier&) = delete;
     Sablier& operator=(const Sablier&) = delete;
-};
-
-// The grid's header rows and row-header columns put into its data as leading rows and columns
-// for the time of the export, and taken out again when the object goes, whatever happened in
-// between. Header texts (corner cells included) are copied into the inserted cells; the header
-// cells themselves keep their texts, so removing the inserted rows and columns gives back the
-// grid as it was, merged spans included (they move with the columns).
-class EntetesEnDonnees {
-  public:
-    explicit EntetesEnDonnees(Grid& grille) : grille_(grille) {}
-    ~EntetesEnDonnees() {
-        try {
-            if (lignes_ > 0) grille_.DeleteRows(1, lignes_);
-            if (colonnes_ > 0) grille_.DeleteCols(1, colonnes_);
-        } catch (...) {
-            TraceLog("Err: Lib_Export:EntetesEnDonnees: grid not restored");
-        }
-    }
-    EntetesEnDonnees(const EntetesEnDonnees&) = delete;
-    EntetesEnDonnees& operator=(const EntetesEnDonnees&) = delete;
-
-    void Insere() {
-        const int niveaux = grille_.HeaderRows();
-        const int colonnesEntete = grille_.HeaderCols();
-        const int colonnes = grille_.MaxCols();
-        const int lignes = grille_.MaxRows();
-        grille_.InsertCols(1, colonnesEntete);
-        colonnes_ = colonnesEntete;
-        grille_.InsertRows(1, niveaux);
-        lignes_ = niveaux;
-        for (int niveau = 0; niveau < niveaux; ++niveau) {
-            grille_.SetText(1, niveau + 1, grille_.ColHeader(niveau, 0));
-            for (int c = 1; c <= colonnes; ++c)
-                grille_.SetText(colonnesEntete + c, niveau + 1,
-                                grille_.ColHeader(niveau, colonnesEntete + c));
-        }
-        for (int r = 1; r <= lignes; ++r)
-            for (int k = 0; k < colonnesEntete; ++k)
-                grille_.SetText(k + 1, niveaux + r, grille_.RowHeader(k, niveaux + r));
-    }
-
-    // The header spans as merged zones of the exported sheet (header level = sheet row).
-    std::vector<ZoneFusionnee> Fusions() const {
-        std::vector<ZoneFusionnee> zones;
-        for (const HeaderSpan& s : grille_.Spans()) {
-            if (s.count < 2 || s.level < 0 || s.level >= lignes_) continue;
-            zones.push_back({s.level, s.level, s.firstCol - 1, s.firstCol - 1 + s.count - 1});
-        }
-        return zones;
-    }
-
-  private:
-    Grid& grille_;
-    int lignes_ = 0;
-    int colonnes_ = 0;
 };
 
 // "Folder/Name.ext" → folder (with its separator) and name, as EclateRepFicE splits a path.
@@ -128,15 +75,63 @@ long NumeroErreur(const std::exception& e) {
 }  // namespace
 
 FormatExport FormatDeReglage(int format) {
-    return format == 2 ? FormatExport::Xml : FormatExport::Xls;
+    switch (format) {
+        case 2:
+            return FormatExport::Xml;
+        case 3:
+            return FormatExport::Xlsx;
+        default:
+            return FormatExport::Xls;
+    }
 }
 
 std::string ExtensionExport(FormatExport format) {
-    return format == FormatExport::Xml ? ".xml" : ".xls";
+    switch (format) {
+        case FormatExport::Xml:
+            return ".xml";
+        case FormatExport::Xlsx:
+            return ".xlsx";
+        default:
+            return ".xls";
+    }
 }
 
 std::string FiltreExport(FormatExport format) {
-    return format == FormatExport::Xml ? "Fichiers xml|*.xml" : "Fichiers xls|*.xls";
+    switch (format) {
+        case FormatExport::Xml:
+            return "Fichiers xml|*.xml";
+        case FormatExport::Xlsx:
+            return "Fichiers xlsx|*.xlsx";
+        default:
+            return "Fichiers xls|*.xls";
+    }
+}
+
+Grid AvecEntetesEnDonnees(const Grid& grille, std::vector<ZoneFusionnee>* fusions) {
+    Grid copie = grille;
+    const int niveaux = grille.HeaderRows();
+    const int colonnesEntete = grille.HeaderCols();
+    const int colonnes = grille.MaxCols();
+    const int lignes = grille.MaxRows();
+    copie.InsertCols(1, colonnesEntete);
+    copie.InsertRows(1, niveaux);
+    for (int niveau = 0; niveau < niveaux; ++niveau) {
+        copie.SetText(1, niveau + 1, grille.ColHeader(niveau, 0));
+        for (int c = 1; c <= colonnes; ++c)
+            copie.SetText(colonnesEntete + c, niveau + 1, grille.ColHeader(niveau, c));
+    }
+    for (int r = 1; r <= lignes; ++r)
+        for (int k = 0; k < colonnesEntete; ++k)
+            copie.SetText(k + 1, niveaux + r, grille.RowHeader(k, r));
+    if (fusions) {
+        fusions->clear();
+        for (const HeaderSpan& s : grille.Spans()) {
+            if (s.count < 2 || s.level < 0 || s.level >= niveaux) continue;
+            const int premiere = colonnesEntete + s.firstCol - 1;  // 0-based sheet column
+            fusions->push_back({s.level, s.level, premiere, premiere + s.count - 1});
+        }
+    }
+    return copie;
 }
 
 std::string NomLogExport(FormatExport format) {
@@ -184,7 +179,7 @@ std::string NomFeuilleExport(Rapport rapport) {
     return "SACEM";
 }
 
-ResultatExport ExporteGrille(Grid& grille, const DemandeExport& demande,
+ResultatExport ExporteGrille(const Grid& grille, const DemandeExport& demande,
                              const DialogueEnregistrer& dialogue) {
     const std::string origine = demande.module + ":" + demande.procedure;
     ResultatExport resultat;
@@ -193,13 +188,16 @@ ResultatExport ExporteGrille(Grid& grille, const DemandeExport& demande,
     int colonnesEcrites = 0;
     try {
         const bool xls = demande.format == FormatExport::Xls;
+        const bool xlsx = demande.format == FormatExport::Xlsx;
         const int colonnesEntete = demande.entetesEnDonnees ? grille.HeaderCols() : 0;
         const int lignesEntete = demande.entetesEnDonnees ? grille.HeaderRows() : 0;
         colonnesEcrites = grille.MaxCols() + colonnesEntete;
         lignesEcrites = grille.MaxRows() + lignesEntete;
-        if (xls && !TientDansUneFeuilleXls(colonnesEcrites, lignesEcrites)) {
+        const bool tient = xlsx ? TientDansUneFeuilleXlsx(colonnesEcrites, lignesEcrites)
+                                : !xls || TientDansUneFeuilleXls(colonnesEcrites, lignesEcrites);
+        if (!tient) {
             resultat.issue = IssueExport::Refuse;
-            resultat.erreur = TexteTailleExcessiveXls();
+            resultat.erreur = xlsx ? TexteTailleExcessiveXlsx() : TexteTailleExcessiveXls();
             TraceLog(origine + ": " + resultat.erreur + " (" + std::to_string(lignesEcrites) +
                      " x " + std::to_string(colonnesEcrites) + ")");
             AffMsg(resultat.erreur, kTitreApplication, kMbExclamation);
@@ -235,17 +233,23 @@ ResultatExport ExporteGrille(Grid& grille, const DemandeExport& demande,
         ResultatEcriture ecriture;
         {
             Sablier sablier;
-            EntetesEnDonnees entetes(grille);
-            if (demande.entetesEnDonnees) entetes.Insere();
-            const std::vector<ZoneFusionnee> fusions =
-                demande.entetesEnDonnees ? entetes.Fusions() : std::vector<ZoneFusionnee>();
+            // The grid on screen is never touched: the headers go into the data of a copy.
+            std::vector<ZoneFusionnee> fusions;
+            std::optional<Grid> copie;
+            if (demande.entetesEnDonnees) copie.emplace(AvecEntetesEnDonnees(grille, &fusions));
+            const Grid& donnees = copie ? *copie : grille;
+            MiseEnFormeClasseur forme;
+            forme.lignesEntete = demande.entetesEnDonnees ? lignesEntete : 0;
+            forme.colonnesEntete = demande.entetesEnDonnees ? colonnesEntete : 0;
             ecritureTentee = true;
             if (demande.ecrivain)
-                ecriture = demande.ecrivain(chemin, grille, fusions);
+                ecriture = demande.ecrivain(chemin, donnees, fusions);
             else if (xls)
-                ecriture = EcritClasseurXls(chemin, grille, demande.nomFeuille, fusions);
+                ecriture = EcritClasseurXls(chemin, donnees, demande.nomFeuille, fusions);
+            else if (xlsx)
+                ecriture = EcritClasseurXlsx(chemin, donnees, demande.nomFeuille, fusions, forme);
             else
-                ecriture = EcritFichierXml(chemin, grille, demande.elementRacine,
+                ecriture = EcritFichierXml(chemin, donnees, demande.elementRacine,
                                            demande.elementCollection);
         }
 
@@ -298,7 +302,7 @@ ResultatExport ExporteGrille(Grid& grille, const DemandeExport& demande,
     return resultat;
 }
 
-ResultatExport ExporteRapport(Grid& grille, Rapport rapport, const std::string& station,
+ResultatExport ExporteRapport(const Grid& grille, Rapport rapport, const std::string& station,
                               const DateTime& debut, const DateTime& fin,
                               const ReglagesExport& reglages, const DialogueEnregistrer& dialogue) {
     DemandeExport d;
@@ -315,7 +319,27 @@ ResultatExport ExporteRapport(Grid& grille, Rapport rapport, const std::string& 
     return ExporteGrille(grille, d, dialogue);
 }
 
-ResultatExport ExporteHistorique(Grid& grille, const std::string& nature,
+std::optional<std::string> CaptionExport(const std::string& nature) {
+    if (nature == "XLS") return std::string("Export Excel");
+    if (nature == "XML") return std::string("Export XML");
+    return std::nullopt;
+}
+
+Grid TransfertDataHistorique(const Grid& source) {
+    const Grid bloc = AvecEntetesEnDonnees(source);
+    Grid g(bloc.MaxCols(), bloc.MaxRows());
+    for (int c = 1; c <= bloc.MaxCols(); ++c) {
+        g.SetGenre(c, bloc.Genre(c));
+        g.SetColWidth(c, bloc.ColWidth(c));
+        for (int r = 1; r <= bloc.MaxRows(); ++r)
+            g.SetText(c, r, bloc.Text(c, r));
+    }
+    for (int k = 1; k <= source.HeaderCols(); ++k)
+        g.SetColWidth(k, source.ColWidth(0));
+    return g;
+}
+
+ResultatExport ExporteHistorique(const Grid& grille, const std::string& nature,
                                  const std::string& cheminParDefaut, int apresExport,
                                  const DialogueEnregistrer& dialogue) {
     DemandeExport d;
@@ -324,6 +348,8 @@ ResultatExport ExporteHistorique(Grid& grille, const std::string& nature,
     const std::string n = Minuscules(Trim(nature));
     if (n == "xls") {
         d.format = FormatExport::Xls;
+    } else if (n == "xlsx") {
+        d.format = FormatExport::Xlsx;
     } else if (n == "xml") {
         d.format = FormatExport::Xml;
     } else {

@@ -1,21 +1,22 @@
-// Export of a result grid to a spreadsheet (".xls") or XML (".xml") file: the command of the
-// main window's menu (MnuExportExcel_Click) and of the history-export window
+// Export of a result grid to a spreadsheet (".xls", ".xlsx") or XML (".xml") file: the command
+// of the main window's menu (MnuExportExcel_Click) and of the history-export window
 // (FrmExport.Mnu01Export_Click), without their save dialogs, which come in as a callback.
 //
 // The flow, shared by both windows (ExporteGrille):
-//   1. a grid too large for one worksheet is refused at once for ".xls" (nothing is asked,
-//      nothing deleted) with TexteTailleExcessiveXls();
+//   1. a grid too large for one worksheet is refused at once for ".xls" and ".xlsx" (nothing is
+//      asked, nothing deleted) with TexteTailleExcessiveXls() / TexteTailleExcessiveXlsx();
 //   2. the export folder is made to exist (CheckRep), the save dialog opens on it with the
-//      default name and the single filter "Fichiers xls|*.xls" or "Fichiers xml|*.xml"; a
+//      default name and the single filter "Fichiers xls|*.xls", "Fichiers xml|*.xml" or
+//      "Fichiers xlsx|*.xlsx"; a
 //      cancelled dialog ("" or "*") ends the command; a name not ending with the extension
 //      (compared without regard to case) gets it appended;
 //   3. an existing file is confirmed with "Le fichier '<path>' existe déjà. Ecraser ?" (Yes/No):
 //      No ends the command with the file untouched, Yes deletes it first;
 //   4. busy cursor on; for the main window, the header rows and row-header columns are put
-//      into the grid's data as leading rows and columns, the data area is written (spreadsheet:
-//      with the sheet name and the merged header spans; XML: with the element names), and the
-//      inserted rows and columns are removed again — also when the write fails or throws — so
-//      the grid is exactly as before; busy cursor off;
+//      into the data of a copy of the grid as leading rows and columns (AvecEntetesEnDonnees)
+//      and the copy is written (spreadsheet: with the sheet name and the merged header spans;
+//      XML: with the element names). The grid itself is only read: what is on screen does not
+//      change at any instant, not even its revision; busy cursor off;
 //   5. one line is added to the export log, "ExportExcel.Log" or "ExportXML.Log", kept in the
 //      tool's log folder (DossierLog(0)) beside the daily trace logs; no folder set, no line;
 //   6. success, by the after-export setting: 0 "Fichier <path> créé" with the information icon,
@@ -28,10 +29,12 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "ClasseurXls.h"
+#include "ClasseurXlsx.h"
 #include "DateTime.h"
 #include "EcritureFichier.h"
 #include "Grid.h"
@@ -39,12 +42,12 @@
 
 namespace zl3 {
 
-enum class FormatExport { Xls, Xml };
+enum class FormatExport { Xls, Xml, Xlsx };
 
 // The export settings of the settings store.
 struct ReglagesExport {
     std::string dossier;  // export folder
-    int format = 0;       // 0 and 1: spreadsheet; 2: XML
+    int format = 0;       // 0 and 1: spreadsheet (".xls"); 2: XML; 3: ".xlsx" workbook
     int apresExport = 0;  // 0, 1, 2 as described above
 };
 
@@ -70,10 +73,13 @@ struct ResultatExport {
 
 // ---- Names ----------------------------------------------------------------------------------
 
+// Format of the "Format" value of the export settings: 2 XML, 3 ".xlsx", anything else ".xls".
 FormatExport FormatDeReglage(int format);
-std::string ExtensionExport(FormatExport format);  // ".xls", ".xml"
-std::string FiltreExport(FormatExport format);     // "Fichiers xls|*.xls", "Fichiers xml|*.xml"
-std::string NomLogExport(FormatExport format);     // "ExportExcel.Log", "ExportXML.Log"
+std::string ExtensionExport(FormatExport format);  // ".xls", ".xml", ".xlsx"
+// "Fichiers xls|*.xls", "Fichiers xml|*.xml", "Fichiers xlsx|*.xlsx"
+std::string FiltreExport(FormatExport format);
+// "ExportExcel.Log" (both spreadsheet formats), "ExportXML.Log"
+std::string NomLogExport(FormatExport format);
 // `chemin` with the extension of `format` appended unless it already ends with it (any case).
 std::string AvecExtension(const std::string& chemin, FormatExport format);
 
@@ -89,6 +95,12 @@ std::string NomFichierExport(Rapport rapport, const std::string& station, const 
 std::string NomFeuilleExport(Rapport rapport);
 // Sheet name of the history export.
 inline constexpr const char* kFeuilleHistorique = "Feuil1";
+
+// A copy of `grille` whose data holds, before its own rows and columns, the header rows (top
+// level first, corner texts in the leading columns) and the row-header columns; `fusions`, when
+// given, receives the merged header spans in sheet coordinates of that data area. The copy keeps
+// the grid's header rows and column kinds (the kinds move with their columns).
+Grid AvecEntetesEnDonnees(const Grid& grille, std::vector<ZoneFusionnee>* fusions = nullptr);
 
 // ---- The command ----------------------------------------------------------------------------
 
@@ -107,23 +119,37 @@ struct DemandeExport {
     int apresExport = 0;
     std::string module;     // origin of traces: module …
     std::string procedure;  // … and procedure
-    // The file writer; empty means the writer of the format (EcritClasseurXls, EcritFichierXml).
+    // The file writer; empty means the writer of the format (EcritClasseurXls, EcritFichierXml,
+    // EcritClasseurXlsx).
     EcrivainExport ecrivain;
 };
 
 // The flow described at the top of this file.
-ResultatExport ExporteGrille(Grid& grille, const DemandeExport& demande,
+ResultatExport ExporteGrille(const Grid& grille, const DemandeExport& demande,
                              const DialogueEnregistrer& dialogue);
 
 // The main window's export of the current report (MnuExportExcel_Click).
-ResultatExport ExporteRapport(Grid& grille, Rapport rapport, const std::string& station,
+ResultatExport ExporteRapport(const Grid& grille, Rapport rapport, const std::string& station,
                               const DateTime& debut, const DateTime& fin,
                               const ReglagesExport& reglages, const DialogueEnregistrer& dialogue);
 
+// ---- The history-export window (FrmExport) ------------------------------------------------
+
+// Caption of the window for its TexteNature: "XLS" "Export Excel", "XML" "Export XML"; any
+// other nature leaves the caption as it is (nullopt).
+std::optional<std::string> CaptionExport(const std::string& nature);
+
+// TransfertDataHistorique: the whole block of `source` — its header rows and row-header
+// columns included, as data — copied into a new grid for the window: header rows first (top level
+// first, corner texts in the leading columns), then the rows, each with its row headers first.
+// The window's grid keeps one empty header row and column of its own; column kinds follow their
+// columns, so the counts stay numbers in an ".xlsx" export.
+Grid TransfertDataHistorique(const Grid& source);
+
 // The history-export window's command (Mnu01Export_Click): `nature` "XLS" or "XML" (its
-// TexteNature; any other text is refused without a dialog), `cheminParDefaut` split into the
-// folder and the name the dialog opens with. Its grid already holds the headers as data.
-ResultatExport ExporteHistorique(Grid& grille, const std::string& nature,
+// TexteNature, or "XLSX"; any other text is refused without a dialog), `cheminParDefaut` split
+// into the folder and the name the dialog opens with. Its grid already holds the headers as data.
+ResultatExport ExporteHistorique(const Grid& grille, const std::string& nature,
                                  const std::string& cheminParDefaut, int apresExport,
                                  const DialogueEnregistrer& dialogue);
 

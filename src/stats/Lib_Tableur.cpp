@@ -75,6 +75,14 @@ void InitGeneralTableurPublicite(Grid& g) {
         g.SetGenre(c, GenreColonne::Nombre);
 }
 
+void InitGeneralStatsPassages(Grid& g) {
+    TraceProc("FrmStatsPassages:InitGeneral");
+    InitTableur(g, kNbColonnesPassages, 1, 1);
+    Entetes(g, {"Morceau", "Titre", "Artiste", "Catégorie", "Nb"}, {10, 40, 30, 24, 6});
+    g.SetColWidth(0, 5);
+    g.SetGenre(kPassNb, GenreColonne::Nombre);
+}
+
 Grid& GrilleDuRapport(TableursMusique& musique, Grid& publicite, Rapport rapport) {
     switch (rapport) {
         case Rapport::Quotas:

@@ -61,6 +61,18 @@ enum ColonnePub : int {
     kNbColonnesPub = 10,
 };
 
+// Play-count grid columns (FrmStatsPassages).
+enum ColonnePassages : int {
+    kPassMorceau = 1,
+    kPassTitre = 2,
+    kPassArtiste = 3,
+    kPassCategorie = 4,
+    kPassNb = 5,
+    kNbColonnesPassages = 5,
+};
+// Font of the play-count window's grid.
+inline constexpr const char* kPoliceStatsPassages = "Arial";
+
 // Settings common to every grid: no data rows, one header row and column unless told.
 void InitTableur(Grid& grid, int colonnes, int niveauxEntete, int colonnesEntete);
 
@@ -72,6 +84,8 @@ struct TableursMusique {
 };
 void InitGeneralTableurMusique(TableursMusique& grilles);
 void InitGeneralTableurPublicite(Grid& publicite);
+// FrmStatsPassages.InitGeneral: "Morceau", "Titre", "Artiste", "Catégorie", "Nb", no row.
+void InitGeneralStatsPassages(Grid& passages);
 
 // The grid of a report among those built above.
 Grid& GrilleDuRapport(TableursMusique& musique, Grid& publicite, Rapport rapport);

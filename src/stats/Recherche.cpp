@@ -371,6 +371,16 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
             }
         }
         bilan_.passagesComptes += comptes;
+        if (rapport == Rapport::Quotas && passages_ && comptes > 0) {
+            auto it = passages_->find(cleLigne);
+            if (it == passages_->end()) {
+                const LigneMorceau l = DescriptionMorceau(p.source, p.station);
+                it = passages_->emplace(cleLigne, PassagesMorceau{l.cle, l.titre, l.artistes,
+                                                                  l.categorie, 0})
+                         .first;
+            }
+            it->second.nb += comptes;
+        }
         if (rapport != Rapport::Quotas && comptes > 0) {
             auto it = lignes.find(cleLigne);
             if (it == lignes.end()) {
@@ -504,6 +514,42 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
         g.Increment(kPubTotalClient, rowClient);
         ++bilan_.diffusionsComptees;
     }
+}
+
+BilanRecherche CalculeStatsPassages(const ParametresRecherche& p, Grid& passages) {
+    TableursMusique musique;
+    Grid publicite;
+    InitGeneralTableurMusique(musique);
+    InitGeneralTableurPublicite(publicite);
+    RechercheStats recherche(musique, publicite);
+    std::map<std::string, PassagesMorceau> comptes;
+    recherche.CollecterPassages(&comptes);
+    ParametresRecherche quotas = p;
+    quotas.rapport = Rapport::Quotas;
+    recherche.CommandLancer_Click(quotas);
+
+    std::vector<PassagesMorceau> tri;
+    tri.reserve(comptes.size());
+    for (auto& [cle, l] : comptes)
+        tri.push_back(std::move(l));
+    std::stable_sort(tri.begin(), tri.end(),
+                     [](const PassagesMorceau& a, const PassagesMorceau& b) {
+                         if (a.nb != b.nb) return a.nb > b.nb;
+                         if (a.titre != b.titre) return a.titre < b.titre;
+                         return a.morceau < b.morceau;
+                     });
+    passages.ClearData();
+    passages.SetMaxRows(static_cast<int>(tri.size()));
+    for (size_t i = 0; i < tri.size(); ++i) {
+        const int row = static_cast<int>(i + 1);
+        passages.SetRowHeader(0, row, std::to_string(row));
+        passages.SetText(kPassMorceau, row, tri[i].morceau);
+        passages.SetText(kPassTitre, row, tri[i].titre);
+        passages.SetText(kPassArtiste, row, tri[i].artiste);
+        passages.SetText(kPassCategorie, row, tri[i].categorie);
+        passages.SetText(kPassNb, row, std::to_string(tri[i].nb));
+    }
+    return recherche.Bilan();
 }
 
 }  // namespace zl3

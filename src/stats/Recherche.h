@@ -41,6 +41,15 @@ struct BilanRecherche {
     bool effectuee = false;      // a search ran
 };
 
+// A row of the play counts (FrmStatsPassages): a track and its broadcasts over the period.
+struct PassagesMorceau {
+    std::string morceau;  // the track's key
+    std::string titre;
+    std::string artiste;  // both artists when there are two
+    std::string categorie;
+    long nb = 0;
+};
+
 class RechercheStats {
   public:
     RechercheStats(TableursMusique& musique, Grid& publicite);
@@ -54,6 +63,11 @@ class RechercheStats {
     const std::string& Caption() const { return caption_; }
     std::function<void(const std::string&)> onCaption;
     const BilanRecherche& Bilan() const { return bilan_; }
+    // While set, a Quotas search also collects each counted track's broadcasts into this map
+    // (by track key): the play counts, counted exactly as the Quotas report counts them.
+    void CollecterPassages(std::map<std::string, PassagesMorceau>* passages) {
+        passages_ = passages;
+    }
 
   private:
     void DefinirCaption(const std::string& caption);
@@ -71,7 +85,14 @@ class RechercheStats {
     bool arret_ = false;
     std::string caption_ = "Lancer";
     BilanRecherche bilan_;
+    std::map<std::string, PassagesMorceau>* passages_ = nullptr;
 };
+
+// The play counts of FrmStatsPassages over `p`'s period and station (the report of `p` is not
+// used): a Quotas search of its own grids, whose per-track counts fill `passages` (built by
+// InitGeneralStatsPassages), one row per broadcast track, the most broadcast first, then by
+// title and key. The main window's grids are not touched. Returns the search's summary.
+BilanRecherche CalculeStatsPassages(const ParametresRecherche& p, Grid& passages);
 
 // Percentage text of a quota cell: count / base × 100 as "####0.0" followed by " %".
 std::string TextePourcentage(long long count, long long base);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Demarrage.h"
+#include "FichierPdf.h"
 #include "GrilleTexte.h"
 #include "Lib_Config.h"
 #include "Lib_Data_Pervasive.h"
@@ -24,18 +25,19 @@ const char* kUsage =
     "Usage:\n"
     "  zl3-stats --root DIR --summary\n"
     "  zl3-stats --root DIR [--base N] --station N --report quotas|top|sacem|pub\n"
-    "            --from YYYY-MM-DD --to YYYY-MM-DD [--format table|csv|xls|xml] [--out FILE]\n"
-    "            [--overwrite] [--versions]\n"
+    "            --from YYYY-MM-DD --to YYYY-MM-DD [--format table|csv|xls|xlsx|xml|pdf]\n"
+    "            [--out FILE] [--overwrite] [--versions]\n"
     "  --root DIR     dossier racine de l'installation (le poste Windows de la station)\n"
     "  --summary      initialise l'outil (configuration, journal) et affiche ce qu'il a trouvé\n"
     "  --base N       base (radio) à lire, 1 par défaut\n"
     "  --station N    station de la base (1 à 10)\n"
     "  --report R     quotas, top (Top Diffusion), sacem (relevé SACEM), pub (publicité)\n"
     "  --from/--to    période, dates incluses\n"
-    "  --format F     table (défaut, pour un terminal), csv, xls (Excel 97-2003) ou xml\n"
+    "  --format F     table (défaut, pour un terminal), csv, xls (Excel 97-2003), xlsx (Excel),\n"
+    "                 xml ou pdf (la page imprimée du rapport)\n"
     "  --out FILE     écrit le résultat dans FILE au lieu de la sortie standard (obligatoire\n"
-    "                 pour xls et xml; l'extension est ajoutée si elle manque)\n"
-    "  --overwrite    remplace un fichier xls ou xml existant (sinon il est gardé)\n"
+    "                 pour xls, xlsx, xml et pdf; l'extension est ajoutée si elle manque)\n"
+    "  --overwrite    remplace un fichier xls, xlsx, xml ou pdf existant (sinon il est gardé)\n"
     "  --versions     regroupe les versions d'une même chanson (Top Diffusion, SACEM)\n"
     "Codes de sortie: 0 succès, 1 site illisible ou erreur d'écriture, 2 arguments incorrects.\n";
 
@@ -106,9 +108,10 @@ int main(int argc, char** argv) {
         if (!fin) return Usage("date incorrecte pour --to: '" + *to + "' (AAAA-MM-JJ)");
         if (DayDiff(*debut, *fin) < 0) return Usage("la période est vide: --to est avant --from");
         if (DayDiff(*debut, *fin) > 3660) return Usage("la période dépasse dix ans");
-        if (format != "table" && format != "csv" && format != "xls" && format != "xml")
-            return Usage("format inconnu: '" + format + "' (table, csv, xls ou xml)");
-        if ((format == "xls" || format == "xml") && !options.Valeur("out"))
+        if (format != "table" && format != "csv" && format != "xls" && format != "xlsx" &&
+            format != "xml" && format != "pdf")
+            return Usage("format inconnu: '" + format + "' (table, csv, xls, xlsx, xml ou pdf)");
+        if (format != "table" && format != "csv" && !options.Valeur("out"))
             return Usage("l'option --out est obligatoire pour le format " + format);
     }
 
@@ -164,13 +167,25 @@ int main(int argc, char** argv) {
     TraceLogForce();
 
     Grid& grille = GrilleDuRapport(musique, publicite, *rapport);
-    if (format == "xls" || format == "xml") {
+    if (format == "pdf") {
+        const std::string libStation =
+            st <= static_cast<int>(b.stations.size()) ? b.stations[static_cast<size_t>(st - 1)].lib
+                                                       : std::string();
+        SystemClock horloge;
+        const ResultatEcriture r = ImprimeRapportPdf(
+            grille, *rapport, *debut, *fin, b.lib, libStation, horloge.Now(),
+            AvecExtensionPdf(*options.Valeur("out")), options.A("overwrite"));
+        if (r.ok) return 0;
+        std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
+        return 1;
+    }
+    if (format == "xls" || format == "xlsx" || format == "xml") {
         const std::string out = *options.Valeur("out");
         MessagesConsole console(options.A("overwrite"));
         ScopedServices services(Services{&console, nullptr, nullptr, nullptr});
         ReglagesExport reglages;
         reglages.dossier = std::filesystem::absolute(out).parent_path().string();
-        reglages.format = format == "xml" ? 2 : 0;
+        reglages.format = format == "xml" ? 2 : format == "xlsx" ? 3 : 0;
         reglages.apresExport = 2;  // say where the file is, open nothing
         const ResultatExport r = ExporteRapport(
             grille, *rapport, std::to_string(st), *debut, *fin, reglages,

@@ -84,6 +84,8 @@ ClasseurLu LitXls(const std::string& chemin) {
             feuille.cellules.push_back(std::move(ligne));
         }
         feuille.autresTypes = static_cast<int>(f["others"].toArray().size());
+        for (const QJsonValue& nv : f["numbers"].toArray())
+            feuille.nombres.push_back({nv.toArray()[0].toInt(), nv.toArray()[1].toInt()});
         for (const QJsonValue& mv : f["merged"].toArray()) {
             std::vector<int> zone;
             for (const QJsonValue& n : mv.toArray())
@@ -97,6 +99,52 @@ ClasseurLu LitXls(const std::string& chemin) {
         lu.feuilles.push_back(std::move(feuille));
     }
     return lu;
+}
+
+const CelluleXlsx& FeuilleXlsxLue::Cellule(int ligne, int colonne) const {
+    static const CelluleXlsx vide;
+    if (ligne < 0 || ligne >= static_cast<int>(cellules.size())) return vide;
+    const auto& l = cellules[static_cast<size_t>(ligne)];
+    if (colonne < 0 || colonne >= static_cast<int>(l.size())) return vide;
+    return l[static_cast<size_t>(colonne)];
+}
+
+std::vector<FeuilleXlsxLue> LitXlsx(const std::string& chemin) {
+    std::vector<FeuilleXlsxLue> feuilles;
+    const QJsonObject o = LanceLecteur(ZL3_LIT_XLSX, chemin);
+    for (const QJsonValue& fv : o["sheets"].toArray()) {
+        const QJsonObject f = fv.toObject();
+        FeuilleXlsxLue feuille;
+        feuille.nom = Utf8(f["name"]);
+        for (const QJsonValue& lv : f["cells"].toArray()) {
+            std::vector<CelluleXlsx> ligne;
+            for (const QJsonValue& cv : lv.toArray()) {
+                const QJsonObject c = cv.toObject();
+                CelluleXlsx cellule;
+                cellule.nombre = c["number"].toBool();
+                if (cellule.nombre)
+                    cellule.valeur = c["value"].toDouble();
+                else if (c["value"].isString())
+                    cellule.texte = Utf8(c["value"]);
+                cellule.format = Utf8(c["format"]);
+                cellule.gras = c["bold"].toBool();
+                ligne.push_back(std::move(cellule));
+            }
+            feuille.cellules.push_back(std::move(ligne));
+        }
+        for (const QJsonValue& mv : f["merged"].toArray())
+            feuille.fusions.push_back(Utf8(mv));
+        feuille.figees = Utf8(f["freeze"]);
+        feuille.paysage = f["landscape"].toBool();
+        feuille.ajusteLargeur = f["fit_width"].toInt(-1);
+        feuille.ajusteHauteur = f["fit_height"].toInt(-1);
+        feuille.ajustePage = f["fit_to_page"].toBool();
+        const QJsonObject largeurs = f["widths"].toObject();
+        for (auto it = largeurs.begin(); it != largeurs.end(); ++it)
+            feuille.largeurs.push_back({it.key().toStdString(), it.value().toDouble()});
+        feuilles.push_back(std::move(feuille));
+    }
+    return feuilles;
 }
 
 XmlLu LitXml(const std::string& chemin) {

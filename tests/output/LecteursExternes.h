@@ -15,7 +15,8 @@ struct FeuilleLue {
     int lignes = 0;
     int colonnes = 0;
     std::vector<std::vector<std::string>> cellules;  // [row][col], "" when empty
-    int autresTypes = 0;                             // cells read as something else than text
+    int autresTypes = 0;                             // cells neither text nor number
+    std::vector<std::vector<int>> nombres;           // {row, col} of the cells stored as numbers
     std::vector<std::vector<int>> fusions;           // {rlo, rhi, clo, chi}, hi exclusive
     std::vector<int> largeurs;                       // per column, 1/256 character, 0: default
     std::vector<std::vector<int>> centrees;          // {row, col} of the centred cells
@@ -31,6 +32,30 @@ struct ClasseurLu {
 // Reads `chemin` with xlrd; fails the current test (ADD_FAILURE) and returns an empty result
 // when the reader cannot open it.
 ClasseurLu LitXls(const std::string& chemin);
+
+// An .xlsx sheet as Debian's python3-openpyxl reads it.
+struct CelluleXlsx {
+    std::string texte;  // a text cell's text; "" for a number or an empty cell
+    bool nombre = false;
+    double valeur = 0;  // a number cell's value
+    std::string format;  // number format ("General", "0.0 %", …)
+    bool gras = false;
+};
+struct FeuilleXlsxLue {
+    std::string nom;
+    std::vector<std::vector<CelluleXlsx>> cellules;  // [row][col]
+    std::vector<std::string> fusions;                 // "C1:K1", sorted
+    std::string figees;                               // top-left cell of the unfrozen area
+    bool paysage = false;
+    int ajusteLargeur = -1;  // pages wide / high when fitted to the page
+    int ajusteHauteur = -1;
+    bool ajustePage = false;
+    std::vector<std::pair<std::string, double>> largeurs;  // column letter, width
+    // The cell at (ligne, colonne), 0-based; an empty cell outside what was read.
+    const CelluleXlsx& Cellule(int ligne, int colonne) const;
+};
+// Reads `chemin` with openpyxl; fails the current test when it cannot be opened.
+std::vector<FeuilleXlsxLue> LitXlsx(const std::string& chemin);
 
 struct LigneXml {
     std::string balise;

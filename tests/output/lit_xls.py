@@ -1,8 +1,10 @@
 """Reads an .xls workbook with xlrd and prints what it holds as one JSON object.
 
 {"sheets": [{"name": ..., "nrows": n, "ncols": n,
-             "cells": [[text, ...], ...],          # "" for an empty or blank cell
-             "others": [[row, col, type], ...],    # cells that are not text (there should be none)
+             "cells": [[text, ...], ...],          # "" for an empty or blank cell; a number cell
+                                                   # as the text it shows ("12", "-3", "2.5")
+             "numbers": [[row, col], ...],         # cells stored as numbers
+             "others": [[row, col, type], ...],    # cells that are neither text nor number
              "merged": [[rlo, rhi, clo, chi], ...],  # hi ends exclusive, as xlrd gives them
              "widths": [w, ...],                     # column width in 1/256 character, 0: default
              "centered": [[row, col], ...]}],        # cells whose format centres them
@@ -20,7 +22,7 @@ def main(path):
     book = xlrd.open_workbook(path, formatting_info=True, logfile=log, verbosity=0)
     sheets = []
     for sh in book.sheets():
-        cells, others, centered = [], [], []
+        cells, numbers, others, centered = [], [], [], []
         for r in range(sh.nrows):
             row = []
             for c in range(sh.ncols):
@@ -30,13 +32,17 @@ def main(path):
                     centered.append([r, c])
                 if kind == xlrd.XL_CELL_TEXT:
                     row.append(sh.cell_value(r, c))
+                elif kind == xlrd.XL_CELL_NUMBER:
+                    v = sh.cell_value(r, c)
+                    row.append(str(int(v)) if v == int(v) else repr(v))
+                    numbers.append([r, c])
                 else:
                     row.append("")
                     if kind not in (xlrd.XL_CELL_EMPTY, xlrd.XL_CELL_BLANK):
                         others.append([r, c, kind])
             cells.append(row)
         sheets.append({"name": sh.name, "nrows": sh.nrows, "ncols": sh.ncols, "cells": cells,
-                       "others": others, "merged": [list(m) for m in sh.merged_cells],
+                       "numbers": numbers, "others": others, "merged": [list(m) for m in sh.merged_cells],
                        "widths": [sh.colinfo_map[c].width if c in sh.colinfo_map else 0
                                   for c in range(sh.ncols)],
                        "centered": centered})

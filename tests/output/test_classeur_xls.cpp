@@ -85,7 +85,9 @@ TEST(ClasseurXls, RelitChaqueCelluleTexteNomDeFeuilleEtCaracteresAccentues) {
     ASSERT_EQ(lu.feuilles.size(), 1u);
     EXPECT_EQ(lu.feuilles[0].nom, "Top Diffusion");
     EXPECT_TRUE(test::MemesCellules(lu.feuilles[0], donnees));
-    EXPECT_EQ(lu.feuilles[0].autresTypes, 0) << "every cell is written as text";
+    EXPECT_EQ(lu.feuilles[0].autresTypes, 0);
+    // Plain integers are numbers a spreadsheet can add up; "007", "3:27", "€ 12,50" stay text.
+    EXPECT_EQ(lu.feuilles[0].nombres, (std::vector<std::vector<int>>{{1, 4}, {2, 4}}));
     EXPECT_EQ(lu.feuilles[0].lignes, 5);
     EXPECT_EQ(lu.feuilles[0].colonnes, 5);
     EXPECT_EQ(lu.journal, "") << "the reader complained";

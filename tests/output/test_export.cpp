@@ -78,7 +78,7 @@ class Export : public ::testing::Test {
     ReglagesExport Reglages(int format, int apres = 0) {
         return {dossier / "exports", format, apres};
     }
-    ResultatExport ExporteQuotas(Grid& g, const std::string& chemin, int format = 0,
+    ResultatExport ExporteQuotas(const Grid& g, const std::string& chemin, int format = 0,
                                  int apres = 0) {
         return ExporteRapport(g, Rapport::Quotas, "3", DateTime{2026, 11, 2}, DateTime{2026, 11, 8},
                               Reglages(format, apres), Dialogue(chemin));
@@ -124,20 +124,24 @@ TEST(ExportNoms, NomsParDefautEtFeuillesDesQuatreRapports) {
     EXPECT_EQ(FormatDeReglage(0), FormatExport::Xls);
     EXPECT_EQ(FormatDeReglage(1), FormatExport::Xls);
     EXPECT_EQ(FormatDeReglage(2), FormatExport::Xml);
+    EXPECT_EQ(FormatDeReglage(3), FormatExport::Xlsx);
+    EXPECT_EQ(FormatDeReglage(4), FormatExport::Xls);
     EXPECT_EQ(AvecExtension("rapport", FormatExport::Xls), "rapport.xls");
     EXPECT_EQ(AvecExtension("X.XLS", FormatExport::Xls), "X.XLS");
     EXPECT_EQ(AvecExtension("a.xls", FormatExport::Xml), "a.xls.xml");
     EXPECT_EQ(AvecExtension("Y.Xml", FormatExport::Xml), "Y.Xml");
 }
 
-TEST_F(Export, EntetesExporteesCommeDonneesPuisGrilleRestauree) {
+TEST_F(Export, EntetesExporteesCommeDonneesGrilleJamaisTouchee) {
     Grid g = GrilleQuotas();
     const Grid avant = g;
+    const uint64_t revision = g.Revision();
     const std::string chemin = dossier / "exports/quotas.xls";
     const ResultatExport r = ExporteQuotas(g, chemin);
     ASSERT_TRUE(r.Ok()) << r.erreur;
     EXPECT_EQ(r.chemin, chemin);
     EXPECT_TRUE(g == avant) << "grid changed by the export";
+    EXPECT_EQ(g.Revision(), revision) << "the grid on screen was modified, even if restored";
 
     ASSERT_EQ(appels.size(), 1u);
     EXPECT_EQ(appels[0].dossier, dossier / "exports");
@@ -159,6 +163,53 @@ TEST_F(Export, EntetesExporteesCommeDonneesPuisGrilleRestauree) {
 
     const std::string log = test::LitFichier(dossier.Chemin() / "logs" / "ExportExcel.Log");
     EXPECT_EQ(log, "02/11/2026 09:00:00 | " + chemin + " | 4 lignes x 5 colonnes | OK\r\n");
+}
+
+TEST_F(Export, XlsxAvecNombresPourcentagesEntetesFigeesEtMiseEnPage) {
+    Grid g = GrilleQuotas();
+    g.SetMaxCols(4);
+    g.SetColHeader(1, 4, "% Fr.");
+    g.SetGenre(4, GenreColonne::Pourcentage);
+    g.SetText(4, 1, "39.3 %");
+    g.SetText(4, 2, "100.0 %");
+    g.SetText(3, 1, "007");  // not a plain integer: stays text
+    const uint64_t revision = g.Revision();
+    const ResultatExport r = ExporteQuotas(g, dossier / "exports/quotas", 3);
+    ASSERT_TRUE(r.Ok()) << r.erreur;
+    EXPECT_EQ(r.chemin, dossier / "exports/quotas.xlsx");
+    EXPECT_EQ(g.Revision(), revision);
+    ASSERT_EQ(appels.size(), 1u);
+    EXPECT_EQ(appels[0].nom, "ZL3_Stats_Quotas_Station_3_Date_20261102_20261108.xlsx");
+    EXPECT_EQ(appels[0].filtre, "Fichiers xlsx|*.xlsx");
+
+    const auto feuilles = test::LitXlsx(r.chemin);
+    ASSERT_EQ(feuilles.size(), 1u);
+    const test::FeuilleXlsxLue& f = feuilles[0];
+    EXPECT_EQ(f.nom, "Quotas");
+    // Header rows: bold texts, the band merged over its columns.
+    EXPECT_EQ(f.Cellule(0, 2).texte, "00H00 - 23H59");
+    EXPECT_TRUE(f.Cellule(0, 2).gras);
+    EXPECT_EQ(f.Cellule(1, 5).texte, "% Fr.");
+    EXPECT_EQ(f.fusions, std::vector<std::string>{"C1:D1"});
+    EXPECT_EQ(f.Cellule(2, 0).texte, "02-11-2026");
+    EXPECT_TRUE(f.Cellule(2, 0).gras);
+    // Counts are numbers, percentages fractions shown with a percent format.
+    EXPECT_TRUE(f.Cellule(2, 2).nombre);
+    EXPECT_EQ(f.Cellule(2, 2).valeur, 11);
+    EXPECT_EQ(f.Cellule(3, 4).valeur, 23);
+    EXPECT_FALSE(f.Cellule(2, 4).nombre);
+    EXPECT_EQ(f.Cellule(2, 4).texte, "007");
+    EXPECT_TRUE(f.Cellule(2, 5).nombre);
+    EXPECT_NEAR(f.Cellule(2, 5).valeur, 0.393, 1e-12);
+    EXPECT_EQ(f.Cellule(2, 5).format, "0.0 %");
+    EXPECT_NEAR(f.Cellule(3, 5).valeur, 1.0, 1e-12);
+    // Headers frozen; landscape, one page wide.
+    EXPECT_EQ(f.figees, "C3");
+    EXPECT_TRUE(f.paysage);
+    EXPECT_TRUE(f.ajustePage);
+    EXPECT_EQ(f.ajusteLargeur, 1);
+    EXPECT_EQ(f.ajusteHauteur, 0);
+    EXPECT_FALSE(f.largeurs.empty());
 }
 
 TEST_F(Export, FeuilleSacemAussiPourLaPublicite) {
@@ -340,14 +391,15 @@ TEST_F(Export, ExportXmlAvecEntetes) {
     EXPECT_FALSE(fs::exists(dossier.Chemin() / "logs" / "ExportExcel.Log"));
 }
 
-TEST_F(Export, FenetreHistoriqueSansInsertionDEntetes) {
-    // The history window's grid already holds its headers as data.
-    Grid g(2, 2);
-    g.SetText(1, 1, "Titre");
-    g.SetText(2, 1, "Nb");
-    g.SetText(1, 2, "La Bohème");
-    g.SetText(2, 2, "7");
-    g.SetText(1, 0, "ignoré");  // a header of the window's grid is not exported
+TEST_F(Export, FenetreHistoriqueCopieLaGrilleSourceEntetesComprises) {
+    EXPECT_EQ(CaptionExport("XLS"), "Export Excel");
+    EXPECT_EQ(CaptionExport("XML"), "Export XML");
+    EXPECT_EQ(CaptionExport("CSV"), std::nullopt);
+
+    // The window's grid: the source block, headers as data; its own headers are not exported.
+    Grid g = TransfertDataHistorique(GrilleQuotas());
+    EXPECT_EQ(test::DonneesDe(g), kQuotasExporte);
+    g.SetText(1, 0, "ignoré");
     const Grid avant = g;
     const std::string parDefaut = dossier / "hist/Historique";
 
@@ -358,9 +410,9 @@ TEST_F(Export, FenetreHistoriqueSansInsertionDEntetes) {
     EXPECT_EQ(appels[0].filtre, "Fichiers xml|*.xml");
     const auto xml = test::LitXml(dossier / "h.xml");
     EXPECT_EQ(xml.racine, "root_element");
-    ASSERT_EQ(xml.lignes.size(), 2u);
     EXPECT_EQ(xml.lignes[0].balise, "collection_element");
-    EXPECT_EQ(xml.lignes[1].cellules[0].texte, "La Bohème");
+    ASSERT_EQ(xml.lignes.size(), kQuotasExporte.size());
+    EXPECT_EQ(xml.lignes[2].cellules[0].texte, "02-11-2026");
 
     ASSERT_TRUE(ExporteHistorique(g, "XLS", parDefaut, 0, Dialogue(dossier / "h")).Ok());
     const auto xls = test::LitXls(dossier / "h.xls");

@@ -204,6 +204,35 @@ TEST_F(CommandeStats, SpreadsheetAndXmlFilesOpenInOtherReaders) {
     (void)!fgets(buf, sizeof buf, p);
     EXPECT_EQ(pclose(p), 0);
     EXPECT_EQ(std::string(buf), "Root Collection None\n");
+
+    // The month's Quotas as an .xlsx whose day counts add up to the Total row, and printed to PDF.
+    const std::string xlsx = root_ + "quotas-octobre";
+    s = Executer(Rapport("quotas", "--format xlsx --out " + xlsx));
+    ASSERT_EQ(s.code, 0) << s.texte;
+    const std::string somme =
+        "/usr/bin/python3 -c \"import openpyxl,sys; f=openpyxl.load_workbook(sys.argv[1]).active; "
+        "v=[f.cell(row=r,column=3).value for r in range(4,f.max_row)]; "
+        "t=f.cell(row=f.max_row,column=3).value; "
+        "print(f.title, all(isinstance(x,int) for x in v), sum(v)==t)\" ";
+    p = popen((somme + xlsx + ".xlsx").c_str(), "r");
+    ASSERT_TRUE(p);
+    std::memset(buf, 0, sizeof buf);
+    (void)!fgets(buf, sizeof buf, p);
+    EXPECT_EQ(pclose(p), 0);
+    EXPECT_EQ(std::string(buf), "Quotas True True\n");
+
+    s = Executer(Rapport("quotas", "--format pdf --out " + xlsx));
+    ASSERT_EQ(s.code, 0) << s.texte;
+    p = popen(("pdftotext -layout " + xlsx + ".pdf -").c_str(), "r");
+    ASSERT_TRUE(p);
+    std::string pdf;
+    while (fgets(buf, sizeof buf, p))
+        pdf += buf;
+    EXPECT_EQ(pclose(p), 0);
+    EXPECT_NE(pdf.find("Quotas: jeudi 1 octobre 2026 - samedi 31 octobre 2026"), std::string::npos)
+        << pdf;
+    EXPECT_NE(pdf.find("31-10-2026"), std::string::npos);
+    EXPECT_NE(pdf.find("Page 1"), std::string::npos);
 }
 
 TEST_F(CommandeStats, WrongArgumentsAndUnreadableSites) {

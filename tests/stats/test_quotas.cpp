@@ -259,5 +259,49 @@ TEST_F(QuotasTest, AReadDuringTheYieldDoesNotChangeWhatIsCounted) {
     EXPECT_EQ(g.Text(kColEtr, 2), "1");
 }
 
+TEST_F(QuotasTest, PlayCountsAreTheQuotasCountsPerTrack) {
+    Artiste("A001", "Zaz");
+    Attribut("CATEG", "010", "Chanson française");
+    Morceau("01000001", "O", "Je veux", "A001");
+    Morceau("01000002", "N", "Happy");
+    Morceau("01000003", "-", "Interlude");
+    Morceau("01000004", "X", "Sans quota");  // not counted by the Quotas report
+    Morceau("01000005", "1", "Jamais dans la période");
+    Historique("01000001", {At(2026, 3, 10, 9), At(2026, 3, 11, 23), At(2026, 3, 12, 5),
+                            At(2026, 3, 13, 9)});  // the last one after the period
+    Historique("01000002", {At(2026, 3, 10, 0, 0, 0), At(2026, 3, 12, 23, 59, 59)});
+    Historique("01000003", {At(2026, 3, 11, 12)});
+    Historique("01000004", {At(2026, 3, 11, 12)});
+    Historique("01000005", {At(2026, 3, 1, 12)});
+    OuvrirFichiersRecherche(0, 1, 1);
+    ParametresRecherche p;
+    p.rapport = Rapport::Publicite;  // the play counts run their own Quotas search
+    p.debut = At(2026, 3, 10);
+    p.fin = At(2026, 3, 12);
+    Grid passages;
+    InitGeneralStatsPassages(passages);
+    const BilanRecherche bilan = CalculeStatsPassages(p, passages);
+    EXPECT_TRUE(bilan.effectuee);
+    ASSERT_EQ(passages.MaxRows(), 3);
+    EXPECT_EQ(passages.Text(kPassMorceau, 1), "01000001");
+    EXPECT_EQ(passages.Text(kPassTitre, 1), "Je veux");
+    EXPECT_EQ(passages.Text(kPassArtiste, 1), "Zaz");
+    EXPECT_EQ(passages.Text(kPassCategorie, 1), "Chanson française");
+    EXPECT_EQ(passages.Text(kPassNb, 1), "3");
+    EXPECT_EQ(passages.Text(kPassMorceau, 2), "01000002");
+    EXPECT_EQ(passages.Text(kPassMorceau, 3), "01000003");
+
+    // The same period in the Quotas report: the counts add up to its whole-day total.
+    const Grid& q = Lancer(p.debut, p.fin);
+    long long quotas = 0;
+    for (int c : {kColFr, kColNT, kColEtr, kColInstru})
+        quotas += q.Number(c, q.MaxRows());
+    long long nb = 0;
+    for (int r = 1; r <= passages.MaxRows(); ++r)
+        nb += passages.Number(kPassNb, r);
+    EXPECT_EQ(nb, quotas);
+    EXPECT_EQ(passages.Number(kPassNb, 1), q.Number(kColFr, q.MaxRows()));
+}
+
 }  // namespace
 }  // namespace zl3
