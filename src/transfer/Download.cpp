@@ -49,7 +49,12 @@ bool LogiqueDownload::ConnectDownload() {
 
 std::string LogiqueDownload::Description(long code) const {
     if (code == kErrExtended) {
-        const std::string r = Trim(NettoieLibErr(session_.DerniereReponse()));
+        std::string r = Trim(NettoieLibErr(session_.DerniereReponse()));
+        for (const std::string& secret : {TxtPassword, TxtUser.size() >= 3 ? TxtUser : std::string()}) {
+            if (secret.empty()) continue;
+            for (auto p = r.find(secret); p != std::string::npos; p = r.find(secret, p + 4))
+                r.replace(p, secret.size(), "****");
+        }
         if (!r.empty()) return r;
     }
     return GetWinInetErrDesc(code);
@@ -171,10 +176,10 @@ bool LogiqueDownload::TelechargerUn(const LigneListe& ligne, int64_t debutMs) {
         out.write(d, n);
         recu += n;
         octetsRecus += n;
-        if (onLecture) onLecture(n);
         const double part = ligne.taille > 0 ? 100.0 * static_cast<double>(recu) / static_cast<double>(ligne.taille) : 100.0;
         LabelPourcentage = Pourcentage(part) + "%";
         TexteFichierEnCours = ligne.nom + " (" + Vitesse(octetsRecus, Svc().clock->Stopwatch() - debutMs) + ")";
+        if (onLecture) onLecture(n);
         if (onAffichage) onAffichage();
         Svc().events->DoEvents();
     };

@@ -187,10 +187,10 @@ void cFTP::ErrorOut(long errorCode, const std::string& procName) {
         reponse = reponse.substr(0, reponse.find('\0'));
         reponse = reponse.substr(0, reponse.find_first_of("\r\n"));
         reponse = Trim(NettoieLibErr(reponse));
+        // A server may echo what it was sent: the credentials never reach a message or a trace.
+        reponse = Cache(Cache(reponse, motDePasse_), utilisateur_.size() >= 3 ? utilisateur_ : "");
         if (!reponse.empty()) lastError_ = reponse;
     }
-    // A server may echo what it was sent: the credentials never reach a message or a trace.
-    lastError_ = Cache(Cache(lastError_, motDePasse_), utilisateur_.size() >= 3 ? utilisateur_ : "");
 }
 
 bool cFTP::Echec(long code, const std::string& appel, const std::string& debutTrace) {

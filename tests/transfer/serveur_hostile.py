@@ -4,8 +4,9 @@
 #   liste-unix   no MLSD; Unix LIST lines from several servers
 #   liste-windows no MLSD; IIS LIST lines
 #   reponse-sans-fin  a greeting that never ends
+#   silence           accepts the connection and never says a word
 #   liste-sans-fin    a listing that never ends
-#   echo-secret       refuses the password, quoting it
+#   echo-secret       logs in, then refuses every folder quoting the password it was given
 import socket
 import sys
 import threading
@@ -62,6 +63,9 @@ def donnees(c, etat):
 
 def session(c):
     f = c.makefile("rb")
+    if scenario == "silence":
+        f.read()
+        return
     if scenario == "reponse-sans-fin":
         try:
             while True:
@@ -77,10 +81,8 @@ def session(c):
         if verbe == "USER":
             repondre(c, "331 mot de passe")
         elif verbe == "PASS":
-            if scenario == "echo-secret":
-                repondre(c, "530 mot de passe refuse: " + arg)
-            else:
-                repondre(c, "230 ok")
+            etat["secret"] = arg
+            repondre(c, "230 ok")
         elif verbe == "PWD":
             repondre(c, '257 "/" est le dossier')
         elif verbe == "FEAT":
@@ -90,6 +92,8 @@ def session(c):
                 repondre(c, "211 fin")
             else:
                 repondre(c, "500 inconnu")
+        elif verbe == "CWD" and scenario == "echo-secret":
+            repondre(c, "550 dossier refuse (mot de passe " + etat.get("secret", "") + ")")
         elif verbe in ("TYPE", "CWD", "MODE", "STRU"):
             repondre(c, "200 ok")
         elif verbe == "EPSV":
