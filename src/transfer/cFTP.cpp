@@ -236,6 +236,11 @@ bool cFTP::OpenConnection(const std::string& server, const std::string& user,
     p.verifierTls = verifierTls_;
     p.delaiMs = delaiMs_;
     const auto r = session_.Ouvrir(p);
+    if (r.code == CURLE_FAILED_INIT) {
+        // No transfer handle: reported as the Internet handle's failure, then the connect's.
+        Echec(kErrInterne, "InternetOpen", "Err: FTP: InternetOpen (");
+        return Echec(kErrHandleInvalide, "InternetConnect", "Err: FTP: InternetConnect (");
+    }
     if (!r.Ok()) return Echec(CodeWinInet(r.code), "InternetConnect", "Err: FTP: InternetConnect (");
     connecte_ = true;
     dossierCourant_ = session_.DossierEntree();

@@ -2,6 +2,10 @@
 // it, and helpers on the trace lines.
 #pragma once
 
+#include <grp.h>
+#include <pwd.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -28,8 +32,45 @@ class FtpTest : public SiteTest {
         serveur_.reset();
         SiteTest::TearDown();
     }
-    // Starts pyftpdlib (or the scripted server with `scenario`).
+    static bool ProftpdPresent() { return access("/usr/sbin/proftpd", X_OK) == 0; }
+
+    // proftpd in the foreground, from a configuration in the test's folder: a virtual user of
+    // this process's uid whose home (and root) is the server's folder.
+    void DemarrerProftpd() {
+        const std::string d = Root() + "proftpd/";
+        std::filesystem::create_directories(d);
+        const passwd* pw = getpwuid(getuid());
+        const group* gr = getgrgid(getgid());
+        ASSERT_TRUE(pw && gr);
+        // SHA-512 crypt of kMotDePasse, salt "zl3tests" (openssl passwd -6 -salt zl3tests).
+        const std::string hache =
+            "$6$zl3tests$XVD42Jzt7PBxCqh9RqYUVUidkLd2BL70plP9kGbUU8Wmt7vpWuvcZ89XNJBcwpnhbY/dJhohIbnb4e2bg29HL.";
+        WriteFile(d + "passwd", std::string(kUtilisateur) + ":" + hache + ":" + std::to_string(getuid()) + ":" +
+                                    std::to_string(getgid()) + "::" + racine_ + ":/bin/false\n");
+        std::filesystem::permissions(d + "passwd", std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+        for (int essai = 0; essai < 5 && !(serveur_ && serveur_->Port()); ++essai) {
+            const int port = PortLibre();
+            WriteFile(d + "proftpd.conf",
+                      "ServerType standalone\nPort " + std::to_string(port) +
+                          "\nSocketBindTight on\nDefaultAddress 127.0.0.1\nUseIPv6 off\n"
+                          "User " + pw->pw_name + "\nGroup " + gr->gr_name + "\nPidFile " + d + "pid\n"
+                          "ScoreboardFile " + d + "scoreboard\nDelayTable none\nWtmpLog off\n"
+                          "TransferLog none\nSystemLog " + d + "system.log\nAuthOrder mod_auth_file.c\n"
+                          "AuthUserFile " + d + "passwd\nRequireValidShell off\nRootLogin on\n"
+                          "DefaultRoot ~\nAllowOverwrite on\nUseReverseDNS off\n"
+                          "<Limit ALL>\n  AllowAll\n</Limit>\n");
+            serveur_ = std::make_unique<ServeurLocal>("/usr/sbin/proftpd",
+                                                      std::vector<std::string>{"-n", "-q", "-c", d + "proftpd.conf"}, port);
+        }
+        ASSERT_GT(serveur_->Port(), 0) << "proftpd did not start";
+    }
+
+    // Starts pyftpdlib (or the scripted server with `scenario`, or "proftpd").
     void Demarrer(const std::string& scenario = "") {
+        if (scenario == "proftpd") {
+            DemarrerProftpd();
+            return;
+        }
         if (scenario.empty())
             serveur_ = std::make_unique<ServeurLocal>(std::vector<std::string>{
                 ScriptTest("serveur_pyftpdlib.py"), racine_, kUtilisateur, kMotDePasse});

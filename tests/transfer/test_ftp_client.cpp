@@ -1,4 +1,4 @@
-// cFTP against pyftpdlib on the loopback, in active and in passive mode.
+// cFTP against pyftpdlib and proftpd on the loopback, in active and in passive mode.
 #include <filesystem>
 
 #include "Etat.h"
@@ -7,7 +7,22 @@
 namespace zl3::test {
 namespace fs = std::filesystem;
 
-class ClientFtp : public FtpTest, public ::testing::WithParamInterface<bool> {};
+struct Pair {
+    const char* serveur;  // "" pyftpdlib, "proftpd"
+    bool passif;
+};
+
+class ClientFtp : public FtpTest, public ::testing::WithParamInterface<Pair> {
+  protected:
+    void SetUp() override {
+        FtpTest::SetUp();
+        if (std::string(GetParam().serveur) == "proftpd" && !ProftpdPresent())
+            GTEST_SKIP() << "proftpd is not installed (tools/bootstrap.sh installs it)";
+    }
+    void Demarrer() { FtpTest::Demarrer(GetParam().serveur); }
+    bool Connecter(cFTP& ftp, bool passif) { return FtpTest::Connecter(ftp, passif); }
+    bool Passif() const { return GetParam().passif; }
+};
 
 TEST_P(ClientFtp, FoldersListingAndCurrentFolder) {
     fs::create_directories(racine_ + "sub/inner");
@@ -15,7 +30,7 @@ TEST_P(ClientFtp, FoldersListingAndCurrentFolder) {
     WriteFile(racine_ + "sub/b.txt", "b");
     Demarrer();
     cFTP ftp;
-    ASSERT_TRUE(Connecter(ftp, GetParam())) << ftp.GetLastErrorMessage();
+    ASSERT_TRUE(Connecter(ftp, Passif())) << ftp.GetLastErrorMessage();
     EXPECT_TRUE(ftp.IsOpenConnection());
     EXPECT_EQ(ftp.GetFTPDirectory(), "/");
     ASSERT_TRUE(ftp.GetDirectoryListing("*.*"));
@@ -59,7 +74,7 @@ TEST_P(ClientFtp, FoldersListingAndCurrentFolder) {
 TEST_P(ClientFtp, UploadChunksPausesAndProgress) {
     Demarrer();
     cFTP ftp;
-    ASSERT_TRUE(Connecter(ftp, GetParam()));
+    ASSERT_TRUE(Connecter(ftp, Passif()));
     ftp.SetTransferBinary();
     std::vector<std::pair<int64_t, int64_t>> progres;
     ftp.FileTransferProgress = [&](int64_t n, int64_t t) { progres.emplace_back(n, t); };
@@ -102,7 +117,7 @@ TEST_P(ClientFtp, DownloadSizesThroughPatternAndSkipsEmptyFiles) {
     WriteFile(racine_ + "vide.txt", "");
     Demarrer();
     cFTP ftp;
-    ASSERT_TRUE(Connecter(ftp, GetParam()));
+    ASSERT_TRUE(Connecter(ftp, Passif()));
     ftp.SetTransferBinary();
     EXPECT_EQ(ftp.GetFTPFileSize("my file.txt"), 1000);
     EXPECT_EQ(ftp.GetFTPFileSize("absent.txt"), 0);
@@ -136,7 +151,7 @@ TEST_P(ClientFtp, FolderAndFileCommandsReportTheServersReply) {
     WriteFile(racine_ + "vieux.txt", "v");
     Demarrer();
     cFTP ftp;
-    ASSERT_TRUE(Connecter(ftp, GetParam()));
+    ASSERT_TRUE(Connecter(ftp, Passif()));
     EXPECT_TRUE(ftp.CreateFTPDirectory("neuf"));
     EXPECT_TRUE(fs::is_directory(racine_ + "neuf"));
     EXPECT_TRUE(ftp.RemoveFTPDirectory("neuf"));
@@ -169,7 +184,7 @@ TEST_P(ClientFtp, FolderAndFileCommandsReportTheServersReply) {
 TEST_P(ClientFtp, ConnectionFailuresCarryWinInetNumbers) {
     Demarrer();
     cFTP ftp;
-    if (GetParam()) ftp.SetModePassive();
+    if (Passif()) ftp.SetModePassive();
     ftp.SetDelaiReseau(60000);
     EXPECT_FALSE(ftp.OpenConnection(serveur_->Adresse(), kUtilisateur, "wrong-password"));
     EXPECT_FALSE(ftp.IsOpenConnection());
@@ -197,11 +212,16 @@ TEST_P(ClientFtp, FtpsRefusedByAPlainServer) {
     Demarrer();
     cFTP ftp;
     ftp.SetFTPS(true);
-    EXPECT_FALSE(Connecter(ftp, GetParam()));
+    EXPECT_FALSE(Connecter(ftp, Passif()));
     EXPECT_EQ(ftp.LastErrorNumber(), 12157);
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, ClientFtp, ::testing::Values(false, true),
-                         [](const auto& info) { return info.param ? "Passif" : "Actif"; });
+INSTANTIATE_TEST_SUITE_P(Serveurs, ClientFtp,
+                         ::testing::Values(Pair{"", false}, Pair{"", true}, Pair{"proftpd", false},
+                                           Pair{"proftpd", true}),
+                         [](const auto& info) {
+                             return std::string(*info.param.serveur ? "Proftpd" : "Pyftpdlib") +
+                                    (info.param.passif ? "Passif" : "Actif");
+                         });
 
 }  // namespace zl3::test
