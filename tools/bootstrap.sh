@@ -15,6 +15,7 @@ PACKAGES=(
     python3-openpyxl  # independent reader for the .xlsx exports
     python3-pyftpdlib # a real FTP server on the loopback for the transfer tests
     proftpd-core      # a second real FTP server, run by the tests in the foreground
+    proftpd-mod-crypto # its TLS module: the FTPS tests
     xvfb xauth        # the windows' tests and screenshots without a display
     poppler-utils     # pdftotext/pdfinfo read back the printed pages
     ccache            # optional: rebuilds after a branch switch take seconds

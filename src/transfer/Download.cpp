@@ -230,7 +230,13 @@ bool LogiqueDownload::FTPDownload() {
     octetsRecus = 0;
     const int64_t debut = Svc().clock->Stopwatch();
     bool tout = connecte_;
+    const bool dossierPresent = !Trim(dossierLocal).empty() && sys::FolderExists(dossierLocal);
+    if (!dossierPresent) {
+        TraceLogEncadre("Err: FTP: Local folder not found: '" + dossierLocal + "'");
+        tout = false;
+    }
     for (const auto& ligne : ListeTemporaire) {
+        if (!dossierPresent) break;
         tailleListee += ligne.taille;
         if (connecte_ && TelechargerUn(ligne, debut)) ++fichiersRecus;
         else tout = false;

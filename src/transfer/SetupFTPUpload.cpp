@@ -164,6 +164,10 @@ void LogiqueSetupFTPUpload::CommandFTP_Click(int index, int ligne) {
                 TraceNomRefuse(nom);
                 break;
             }
+            if (Trim(dossierTelechargement).empty() || !sys::FolderExists(dossierTelechargement)) {
+                TraceLogEncadre("Err: FTP: Download: local folder not found: '" + dossierTelechargement + "'");
+                break;
+            }
             const int64_t debut = Svc().clock->Stopwatch();
             int64_t taille = 0;
             if (!ftp_.FTPDownloadFile(nom, sys::WithTrailingSep(dossierTelechargement) + nom, taille)) {

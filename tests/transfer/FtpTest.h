@@ -6,6 +6,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -33,10 +34,12 @@ class FtpTest : public SiteTest {
         SiteTest::TearDown();
     }
     static bool ProftpdPresent() { return access("/usr/sbin/proftpd", X_OK) == 0; }
+    static bool ProftpdTlsPresent() { return ProftpdPresent() && access("/usr/lib/proftpd/mod_tls.so", R_OK) == 0; }
 
     // proftpd in the foreground, from a configuration in the test's folder: a virtual user of
     // this process's uid whose home (and root) is the server's folder.
-    void DemarrerProftpd() {
+    // With `tls`: explicit TLS required, a self-signed certificate made for the test.
+    void DemarrerProftpd(bool tls = false) {
         const std::string d = Root() + "proftpd/";
         std::filesystem::create_directories(d);
         const passwd* pw = getpwuid(getuid());
@@ -48,6 +51,15 @@ class FtpTest : public SiteTest {
         WriteFile(d + "passwd", std::string(kUtilisateur) + ":" + hache + ":" + std::to_string(getuid()) + ":" +
                                     std::to_string(getgid()) + "::" + racine_ + ":/bin/false\n");
         std::filesystem::permissions(d + "passwd", std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+        std::string extra;
+        if (tls) {
+            ASSERT_EQ(std::system(("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=127.0.0.1 -keyout " + d +
+                                   "key.pem -out " + d + "cert.pem >/dev/null 2>&1").c_str()),
+                      0);
+            extra = "ModulePath /usr/lib/proftpd\nLoadModule mod_tls.c\nTLSEngine on\nTLSRequired on\n"
+                    "TLSRSACertificateFile " + d + "cert.pem\nTLSRSACertificateKeyFile " + d + "key.pem\n"
+                    "TLSOptions NoSessionReuseRequired\nTLSLog " + d + "tls.log\n";
+        }
         for (int essai = 0; essai < 5 && !(serveur_ && serveur_->Port()); ++essai) {
             const int port = PortLibre();
             WriteFile(d + "proftpd.conf",
@@ -58,7 +70,7 @@ class FtpTest : public SiteTest {
                           "TransferLog none\nSystemLog " + d + "system.log\nAuthOrder mod_auth_file.c\n"
                           "AuthUserFile " + d + "passwd\nRequireValidShell off\nRootLogin on\n"
                           "DefaultRoot ~\nAllowOverwrite on\nUseReverseDNS off\n"
-                          "<Limit ALL>\n  AllowAll\n</Limit>\n");
+                          "<Limit ALL>\n  AllowAll\n</Limit>\n" + extra);
             serveur_ = std::make_unique<ServeurLocal>("/usr/sbin/proftpd",
                                                       std::vector<std::string>{"-n", "-q", "-c", d + "proftpd.conf"}, port);
         }

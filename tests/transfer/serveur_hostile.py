@@ -5,6 +5,7 @@
 #   liste-windows no MLSD; IIS LIST lines
 #   reponse-sans-fin  a greeting that never ends
 #   silence           accepts the connection and never says a word
+#   passif-seulement  refuses active mode (PORT, EPRT)
 #   liste-sans-fin    a listing that never ends
 #   echo-secret       logs in, then refuses every folder quoting the password it was given
 import socket
@@ -111,6 +112,8 @@ def session(c):
             etat["pasv"] = s
             p = s.getsockname()[1]
             repondre(c, "227 passif (127,0,0,1,%d,%d)" % (p // 256, p % 256))
+        elif verbe in ("EPRT", "PORT") and scenario == "passif-seulement":
+            repondre(c, "500 mode actif refuse")
         elif verbe == "EPRT":
             parts = arg.split(arg[0])
             etat["port"] = (parts[2], int(parts[3]))

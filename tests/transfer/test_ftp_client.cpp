@@ -1,4 +1,5 @@
 // cFTP against pyftpdlib and proftpd on the loopback, in active and in passive mode.
+#include <cstdlib>
 #include <filesystem>
 
 #include "Etat.h"
@@ -214,6 +215,35 @@ TEST_P(ClientFtp, FtpsRefusedByAPlainServer) {
     ftp.SetFTPS(true);
     EXPECT_FALSE(Connecter(ftp, Passif()));
     EXPECT_EQ(ftp.LastErrorNumber(), 12157);
+}
+
+class ClientFtps : public FtpTest {};
+
+// Explicit TLS on control and data connections (passive mode), with a self-signed certificate:
+// accepted only when the certificate is not checked.
+TEST_F(ClientFtps, TransfersOverExplicitTls) {
+    if (!ProftpdTlsPresent()) GTEST_SKIP() << "proftpd's TLS module is not installed (tools/bootstrap.sh installs it)";
+    WriteFile(racine_ + "a.bin", Octets(3000));
+    DemarrerProftpd(true);
+    cFTP verifie;
+    verifie.SetFTPS(true);
+    EXPECT_FALSE(Connecter(verifie, true));
+    EXPECT_EQ(verifie.LastErrorNumber(), 12045);
+    cFTP ftp;
+    ftp.SetFTPS(true, false);
+    ftp.SetTransferBinary();
+    ASSERT_TRUE(Connecter(ftp, true)) << ftp.GetLastErrorMessage();
+    ASSERT_TRUE(ftp.GetDirectoryListing("*.*")) << ftp.GetLastErrorMessage();
+    EXPECT_EQ(ftp.Directory().Item("a.bin")->FileSize, 3000);
+    int64_t taille = 0;
+    ASSERT_TRUE(ftp.FTPDownloadFile("a.bin", local_ + "a.bin", taille)) << ftp.GetLastErrorMessage();
+    EXPECT_EQ(ReadFile(local_ + "a.bin"), Octets(3000));
+    ASSERT_TRUE(ftp.FTPUploadFile(local_ + "a.bin", "b.bin", taille));
+    EXPECT_EQ(ReadFile(racine_ + "b.bin"), Octets(3000));
+    // This server refuses a plain session.
+    cFTP clair;
+    EXPECT_FALSE(Connecter(clair, true));
+    EXPECT_FALSE(SecretDansTrace());
 }
 
 INSTANTIATE_TEST_SUITE_P(Serveurs, ClientFtp,

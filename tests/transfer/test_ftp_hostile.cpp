@@ -82,6 +82,21 @@ TEST_F(ServeurHostile, UnixAndWindowsListings) {
     }
 }
 
+// The mode is taken at the connection: changing it afterwards changes nothing until the next one.
+TEST_F(ServeurHostile, ModeTakesEffectAtTheNextConnection) {
+    Demarrer("passif-seulement");
+    cFTP ftp;
+    ftp.SetDelaiReseau(60000);
+    ASSERT_TRUE(ftp.OpenConnection(serveur_->Adresse(), "u", "p"));
+    EXPECT_FALSE(ftp.GetDirectoryListing("*.*"));
+    EXPECT_EQ(ftp.GetLastErrorMessage(), "500 mode actif refuse");
+    ftp.SetModePassive();
+    EXPECT_FALSE(ftp.GetDirectoryListing("*.*"));
+    ASSERT_TRUE(ftp.OpenConnection(serveur_->Adresse(), "u", "p"));
+    EXPECT_TRUE(ftp.GetDirectoryListing("*.*")) << ftp.GetLastErrorMessage();
+    EXPECT_TRUE(ftp.Directory().Item("jingles"));
+}
+
 TEST_F(ServeurHostile, EndlessRepliesAndListingsEndWithAnError) {
     // A greeting that never ends: libcurl gives up on the oversized reply.
     Demarrer("reponse-sans-fin");
