@@ -22,7 +22,8 @@ constexpr size_t kMaxListe = 8u << 20;
 std::string Vitesse(int64_t octets, int64_t ms) {
     char t[32];
     std::snprintf(t, sizeof t, "%.2f Ko/s",
-                  static_cast<double>(octets) / 1024.0 * 1000.0 / static_cast<double>(std::max<int64_t>(ms, 1)));
+                  static_cast<double>(octets) / 1024.0 * 1000.0 /
+                      static_cast<double>(std::max<int64_t>(ms, 1)));
     return t;
 }
 
@@ -50,7 +51,8 @@ bool LogiqueDownload::ConnectDownload() {
 std::string LogiqueDownload::Description(long code) const {
     if (code == kErrExtended) {
         std::string r = Trim(NettoieLibErr(session_.DerniereReponse()));
-        for (const std::string& secret : {TxtPassword, TxtUser.size() >= 3 ? TxtUser : std::string()}) {
+        for (const std::string& secret :
+             {TxtPassword, TxtUser.size() >= 3 ? TxtUser : std::string()}) {
             if (secret.empty()) continue;
             for (auto p = r.find(secret); p != std::string::npos; p = r.find(secret, p + 4))
                 r.replace(p, secret.size(), "****");
@@ -68,9 +70,11 @@ bool LogiqueDownload::Connexion() {
     TraceProc("FrmDownload:Connexion");
     Deconnexion();
     const auto serveur = ftp::AnalyseServeur(TxtServer);
-    TraceLog("FTP: Connection to the server: " + (serveur ? serveur->Affichage() : NomVisible(Trim(TxtServer))));
+    TraceLog("FTP: Connection to the server: " +
+             (serveur ? serveur->Affichage() : NomVisible(Trim(TxtServer))));
     auto erreur = [&](long code, const char* appel) {
-        TraceLog("Err: " + std::to_string(code) + " " + Description(code) + " (Line: 0)(" + appel + ")");
+        TraceLog("Err: " + std::to_string(code) + " " + Description(code) + " (Line: 0)(" + appel +
+                 ")");
         return false;
     };
     if (!serveur) return erreur(kErrNomNonResolu, "InternetConnect");
@@ -120,13 +124,16 @@ bool LogiqueDownload::LectureDesFichiersSurServeurFTP() {
     const auto r = session_.Liste(TextDossierFTP, mlsd, texte, kMaxListe, tropLong);
     if (!r.Ok()) {
         const long code = tropLong ? kErrMemoire : CodeWinInet(r.code);
-        TraceLog("Err: " + std::to_string(code) + (texte.empty() ? ": FtpFindFirstFile" : ": InternetFindNextFile"));
+        TraceLog("Err: " + std::to_string(code) +
+                 (texte.empty() ? ": FtpFindFirstFile" : ": InternetFindNextFile"));
         return false;
     }
-    const auto entrees = mlsd ? ftp::AnalyseMlsd(texte) : ftp::AnalyseList(texte, Svc().clock->Now());
+    const auto entrees =
+        mlsd ? ftp::AnalyseMlsd(texte) : ftp::AnalyseList(texte, Svc().clock->Now());
     for (const auto& e : entrees) {
         if (e.attributs == ftp::kAttrDossier) continue;  // a plain folder; other bits: kept
-        ListeTemporaire.push_back({e.nom.substr(0, e.nom.find('\0')), e.derniereEcriture, e.taille});
+        ListeTemporaire.push_back(
+            {e.nom.substr(0, e.nom.find('\0')), e.derniereEcriture, e.taille});
     }
     return true;
 }
@@ -141,7 +148,8 @@ std::string LogiqueDownload::Pourcentage(double v) {
     std::snprintf(t, sizeof t, "%.*f", decimales, v);
     std::string s = t;
     if (s.find('.') != std::string::npos) {
-        while (s.back() == '0') s.pop_back();
+        while (s.back() == '0')
+            s.pop_back();
         if (s.back() == '.') s.pop_back();
     }
     return s;
@@ -150,9 +158,9 @@ std::string LogiqueDownload::Pourcentage(double v) {
 bool LogiqueDownload::TelechargerUn(const LigneListe& ligne, int64_t debutMs) {
     const std::string distant = TextDossierFTP + ligne.nom;
     std::string serveur, chemin;
-    if (!NomLocalSur(ligne.nom) ||
-        !StartUpdate(TxtServer + CheckFolderInternet(TextDossierFTP) + CheckFolderInternet(ligne.nom),
-                     serveur, chemin)) {
+    if (!NomLocalSur(ligne.nom) || !StartUpdate(TxtServer + CheckFolderInternet(TextDossierFTP) +
+                                                    CheckFolderInternet(ligne.nom),
+                                                serveur, chemin)) {
         TraceNomRefuse(ligne.nom);
         return false;
     }
@@ -176,9 +184,12 @@ bool LogiqueDownload::TelechargerUn(const LigneListe& ligne, int64_t debutMs) {
         out.write(d, n);
         recu += n;
         octetsRecus += n;
-        const double part = ligne.taille > 0 ? 100.0 * static_cast<double>(recu) / static_cast<double>(ligne.taille) : 100.0;
+        const double part =
+            ligne.taille > 0 ? 100.0 * static_cast<double>(recu) / static_cast<double>(ligne.taille)
+                             : 100.0;
         LabelPourcentage = Pourcentage(part) + "%";
-        TexteFichierEnCours = ligne.nom + " (" + Vitesse(octetsRecus, Svc().clock->Stopwatch() - debutMs) + ")";
+        TexteFichierEnCours =
+            ligne.nom + " (" + Vitesse(octetsRecus, Svc().clock->Stopwatch() - debutMs) + ")";
         if (onLecture) onLecture(n);
         if (onAffichage) onAffichage();
         Svc().events->DoEvents();
@@ -200,8 +211,10 @@ bool LogiqueDownload::TelechargerUn(const LigneListe& ligne, int64_t debutMs) {
                                          return out && !tropLong;
                                      });
     if (r.Ok()) {
-        if (!ouvrir()) erreurLocale = true;
-        else lecture(enCours.data(), static_cast<int64_t>(enCours.size()));  // the short last read
+        if (!ouvrir())
+            erreurLocale = true;
+        else
+            lecture(enCours.data(), static_cast<int64_t>(enCours.size()));  // the short last read
     }
     if (out.is_open()) out.close();
     if (erreurLocale) {
@@ -215,8 +228,8 @@ bool LogiqueDownload::TelechargerUn(const LigneListe& ligne, int64_t debutMs) {
     }
     if (!r.Ok()) {
         const long code = CodeWinInet(r.code);
-        TraceLog("Err: FTP: Unable to download: '" + distant + "' (Err:" + std::to_string(code) + ") (" +
-                 FindInternetError(code) + ")");
+        TraceLog("Err: FTP: Unable to download: '" + distant + "' (Err:" + std::to_string(code) +
+                 ") (" + FindInternetError(code) + ")");
         return false;
     }
     return recu == ligne.taille;
@@ -238,12 +251,15 @@ bool LogiqueDownload::FTPDownload() {
     for (const auto& ligne : ListeTemporaire) {
         if (!dossierPresent) break;
         tailleListee += ligne.taille;
-        if (connecte_ && TelechargerUn(ligne, debut)) ++fichiersRecus;
-        else tout = false;
+        if (connecte_ && TelechargerUn(ligne, debut))
+            ++fichiersRecus;
+        else
+            tout = false;
     }
     const int64_t duree = Svc().clock->Stopwatch() - debut;
     TraceLog("Speed: " + Vitesse(octetsRecus, duree) + " Size: " + std::to_string(tailleListee) +
-             " octets Receipt: " + std::to_string(octetsRecus) + " octets Duration: " + Duree(duree));
+             " octets Receipt: " + std::to_string(octetsRecus) +
+             " octets Duration: " + Duree(duree));
     TraceLog("FTP: Download done");
     return tout;
 }

@@ -26,9 +26,9 @@ class LogiqueDownload {
     std::string TxtPassword;
     int OptionCnx = 0;  // 0 active, 1 passive
     std::string TextDossierFTP;
-    bool ftps = false;           // explicit TLS (the FTP entry's option)
-    int64_t delaiMs = 30000;     // bound of every network wait
-    std::string dossierLocal;    // where the files go (trailing separator or not)
+    bool ftps = false;         // explicit TLS (the FTP entry's option)
+    int64_t delaiMs = 30000;   // bound of every network wait
+    std::string dossierLocal;  // where the files go (trailing separator or not)
 
     struct LigneListe {
         std::string nom;

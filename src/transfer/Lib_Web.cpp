@@ -66,25 +66,36 @@ bool StartUpdate(const std::string& adresse, std::string& serveur, std::string& 
 
 std::string LibInternetError(long code) {
     switch (code - 12002) {
-        case 0: return "TimeOut";
-        case 27: return "Cannot Connect";
-        case 28: return "Connection aborted";
-        case 29: return "Internal Network Error";
-        case 30: return "Force Retry";
-        case 31: return "Invalid Proxy Request";
-        case 32: return "Need UI";
-        default: return "";
+        case 0:
+            return "TimeOut";
+        case 27:
+            return "Cannot Connect";
+        case 28:
+            return "Connection aborted";
+        case 29:
+            return "Internal Network Error";
+        case 30:
+            return "Force Retry";
+        case 31:
+            return "Invalid Proxy Request";
+        case 32:
+            return "Need UI";
+        default:
+            return "";
     }
 }
 
-std::string GetWinInetErrDesc(long code) { return TexteErreurWinInet(code); }
+std::string GetWinInetErrDesc(long code) {
+    return TexteErreurWinInet(code);
+}
 
 void AffichageDesErreurs(long code, const std::string& reponseServeur) {
     const std::string n = std::to_string(code);
     if (code == kErrExtended)
         TraceLogEncadre("Err: FTP: " + n + " (Desc.: " + NettoieLibErr(reponseServeur) + ") ");
     else if (code == kErrNomNonResolu)
-        TraceLogEncadre("Err: FTP: Unable to open connection (Err: " + n + " (" + LibInternetError(code) + "))");
+        TraceLogEncadre("Err: FTP: Unable to open connection (Err: " + n + " (" +
+                        LibInternetError(code) + "))");
     else
         TraceLogEncadre("Err: FTP: " + n + " (Desc.: " + GetWinInetErrDesc(code) + ")");
 }

@@ -10,7 +10,8 @@ namespace zl3::ftp {
 namespace {
 
 std::string Minuscules(std::string s) {
-    for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    for (char& c : s)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     return s;
 }
 
@@ -32,7 +33,9 @@ std::vector<std::string> Lignes(const std::string& texte) {
     return lignes;
 }
 
-bool NomAcceptable(const std::string& nom) { return !nom.empty() && nom != "." && nom != ".."; }
+bool NomAcceptable(const std::string& nom) {
+    return !nom.empty() && nom != "." && nom != "..";
+}
 
 // "YYYYMMDDHHMMSS[.fff]" in UTC, as a local time.
 std::optional<DateTime> TempsMlsd(const std::string& v) {
@@ -50,8 +53,13 @@ std::optional<DateTime> TempsMlsd(const std::string& v) {
     const time_t t = timegm(&tm);
     std::tm local{};
     if (!localtime_r(&t, &local)) return std::nullopt;
-    return DateTime{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
-                    local.tm_min, local.tm_sec, 0};
+    return DateTime{local.tm_year + 1900,
+                    local.tm_mon + 1,
+                    local.tm_mday,
+                    local.tm_hour,
+                    local.tm_min,
+                    local.tm_sec,
+                    0};
 }
 
 int Mois(const std::string& t) {
@@ -72,16 +80,19 @@ std::vector<Jeton> Jetons(const std::string& l) {
     std::vector<Jeton> j;
     size_t i = 0;
     while (i < l.size()) {
-        while (i < l.size() && l[i] == ' ') ++i;
+        while (i < l.size() && l[i] == ' ')
+            ++i;
         const size_t d = i;
-        while (i < l.size() && l[i] != ' ') ++i;
+        while (i < l.size() && l[i] != ' ')
+            ++i;
         if (i > d) j.push_back({l.substr(d, i - d), i});
     }
     return j;
 }
 
 std::optional<EntreeListe> LigneUnix(const std::string& l, const DateTime& maintenant) {
-    if (l.size() < 10 || std::string("-dlbcps").find(l[0]) == std::string::npos) return std::nullopt;
+    if (l.size() < 10 || std::string("-dlbcps").find(l[0]) == std::string::npos)
+        return std::nullopt;
     const auto j = Jetons(l);
     for (size_t i = 2; i + 2 < j.size(); ++i) {
         const int mois = Mois(j[i].texte);
@@ -127,7 +138,8 @@ std::optional<EntreeListe> LigneWindows(const std::string& l) {
     if (j.size() < 4) return std::nullopt;
     const std::string& date = j[0].texte;
     const std::string& heure = j[1].texte;
-    if ((date.size() != 8 && date.size() != 10) || date[2] != '-' || date[5] != '-') return std::nullopt;
+    if ((date.size() != 8 && date.size() != 10) || date[2] != '-' || date[5] != '-')
+        return std::nullopt;
     if (!Chiffres(date.substr(0, 2)) || !Chiffres(date.substr(3, 2)) || !Chiffres(date.substr(6)))
         return std::nullopt;
     if (heure.size() != 7 || heure[2] != ':' || !Chiffres(heure.substr(0, 2)) ||
@@ -152,7 +164,8 @@ std::optional<EntreeListe> LigneWindows(const std::string& l) {
         return std::nullopt;
     }
     size_t debut = j[2].fin;
-    while (debut < l.size() && l[debut] == ' ') ++debut;
+    while (debut < l.size() && l[debut] == ' ')
+        ++debut;
     e.nom = l.substr(debut);
     e.creation = e.dernierAcces = e.derniereEcriture = d;
     return e;
@@ -193,10 +206,14 @@ std::vector<EntreeListe> AnalyseMlsd(const std::string& texte) {
         if (type == "cdir" || type == "pdir" || !NomAcceptable(e.nom)) continue;
         if (type.rfind("os.unix=", 0) == 0) continue;  // devices and other special files
         const bool dossier = type == "dir";
-        if (ea) e.attributs = *ea;
-        else e.attributs = dossier ? kAttrDossier : kAttrNormal;
-        if (dossier) e.attributs |= kAttrDossier;
-        else e.attributs &= ~kAttrDossier;
+        if (ea)
+            e.attributs = *ea;
+        else
+            e.attributs = dossier ? kAttrDossier : kAttrNormal;
+        if (dossier)
+            e.attributs |= kAttrDossier;
+        else
+            e.attributs &= ~kAttrDossier;
         if (e.creation == DateTime{}) e.creation = e.derniereEcriture;
         e.dernierAcces = e.derniereEcriture;
         entrees.push_back(e);
@@ -231,7 +248,8 @@ bool CorrespondMotif(const std::string& nom, const std::string& motif) {
             return false;
         }
     }
-    while (m < motif.size() && motif[m] == '*') ++m;
+    while (m < motif.size() && motif[m] == '*')
+        ++m;
     return m == motif.size();
 }
 

@@ -14,7 +14,9 @@ namespace {
 constexpr size_t kMaxLignesReponse = 400;
 constexpr size_t kMaxLongueurLigne = 4096;
 
-CURL* H(void* h) { return static_cast<CURL*>(h); }
+CURL* H(void* h) {
+    return static_cast<CURL*>(h);
+}
 
 void InitCurlUneFois() {
     static std::once_flag once;
@@ -65,7 +67,9 @@ size_t DepuisSource(char* data, size_t size, size_t n, void* p) {
     return lu == SIZE_MAX ? CURL_READFUNC_ABORT : lu;
 }
 
-size_t Ignorer(char*, size_t size, size_t n, void*) { return size * n; }
+size_t Ignorer(char*, size_t size, size_t n, void*) {
+    return size * n;
+}
 
 }  // namespace
 
@@ -75,9 +79,11 @@ std::string Serveur::Affichage() const {
 
 std::optional<Serveur> AnalyseServeur(const std::string& texte) {
     std::string t = texte;
-    while (!t.empty() && std::isspace(static_cast<unsigned char>(t.back()))) t.pop_back();
+    while (!t.empty() && std::isspace(static_cast<unsigned char>(t.back())))
+        t.pop_back();
     size_t debut = 0;
-    while (debut < t.size() && std::isspace(static_cast<unsigned char>(t[debut]))) ++debut;
+    while (debut < t.size() && std::isspace(static_cast<unsigned char>(t[debut])))
+        ++debut;
     t = t.substr(debut);
     Serveur s;
     const auto schema = t.find("://");
@@ -85,8 +91,10 @@ std::optional<Serveur> AnalyseServeur(const std::string& texte) {
         std::string nom = t.substr(0, schema);
         std::transform(nom.begin(), nom.end(), nom.begin(),
                        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        if (nom == "ftps") s.ftps = true;
-        else if (nom != "ftp") return std::nullopt;
+        if (nom == "ftps")
+            s.ftps = true;
+        else if (nom != "ftp")
+            return std::nullopt;
         t = t.substr(schema + 3);
     }
     t = t.substr(0, t.find('/'));
@@ -113,8 +121,8 @@ std::optional<Serveur> AnalyseServeur(const std::string& texte) {
     for (unsigned char c : s.hote)
         if (!(std::isalnum(c) || c == '.' || c == '-' || c == '_' || c == ':')) return std::nullopt;
     if (!port.empty()) {
-        if (port.size() > 5 || !std::all_of(port.begin(), port.end(),
-                                             [](unsigned char c) { return std::isdigit(c); }))
+        if (port.size() > 5 ||
+            !std::all_of(port.begin(), port.end(), [](unsigned char c) { return std::isdigit(c); }))
             return std::nullopt;
         s.port = std::stoi(port);
         if (s.port < 1 || s.port > 65535) return std::nullopt;
@@ -126,9 +134,13 @@ bool CheminTransmissible(const std::string& chemin) {
     return chemin.find_first_of(std::string("\r\n\0", 3)) == std::string::npos;
 }
 
-SessionCurl::SessionCurl() { InitCurlUneFois(); }
+SessionCurl::SessionCurl() {
+    InitCurlUneFois();
+}
 
-SessionCurl::~SessionCurl() { Fermer(); }
+SessionCurl::~SessionCurl() {
+    Fermer();
+}
 
 void SessionCurl::Fermer() {
     if (handle_) curl_easy_cleanup(H(handle_));
@@ -142,8 +154,8 @@ void SessionCurl::Fermer() {
 std::string SessionCurl::Url(const std::string& chemin) const {
     const auto& s = parametres_.serveur;
     const bool ipv6 = s.hote.find(':') != std::string::npos;
-    std::string url = "ftp://" + (ipv6 ? "[" + s.hote + "]" : s.hote) + ":" +
-                      std::to_string(s.port) + "/";
+    std::string url =
+        "ftp://" + (ipv6 ? "[" + s.hote + "]" : s.hote) + ":" + std::to_string(s.port) + "/";
     // The first "/" only separates the address from the path; the path itself is absolute.
     return url + Encode(chemin.empty() ? std::string("/") : chemin);
 }
@@ -156,7 +168,8 @@ size_t SessionCurl::SurEntete(char* data, size_t size, size_t n, void* p) {
     auto* self = static_cast<SessionCurl*>(p);
     const size_t len = size * n;
     std::string ligne(data, std::min(len, kMaxLongueurLigne));
-    while (!ligne.empty() && (ligne.back() == '\n' || ligne.back() == '\r')) ligne.pop_back();
+    while (!ligne.empty() && (ligne.back() == '\n' || ligne.back() == '\r'))
+        ligne.pop_back();
     if (self->reponses_.size() < kMaxLignesReponse) self->reponses_.push_back(ligne);
     if (ligne.size() >= 3 && std::isdigit(static_cast<unsigned char>(ligne[0])) &&
         std::isdigit(static_cast<unsigned char>(ligne[1])) &&
@@ -242,7 +255,8 @@ ResultatCurl SessionCurl::Commandes(const std::vector<std::string>& commandes) {
     CURL* h = H(handle_);
     curl_easy_setopt(h, CURLOPT_NOBODY, 1L);
     curl_slist* liste = nullptr;
-    for (const auto& c : commandes) liste = curl_slist_append(liste, c.c_str());
+    for (const auto& c : commandes)
+        liste = curl_slist_append(liste, c.c_str());
     listeCommandes_ = liste;
     curl_easy_setopt(h, CURLOPT_QUOTE, liste);
     return Executer();

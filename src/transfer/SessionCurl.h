@@ -37,9 +37,9 @@ struct ParametresSession {
     std::string utilisateur;
     std::string motDePasse;
     bool passif = false;
-    bool ftps = false;          // explicit TLS (AUTH TLS) on control and data connections
-    bool verifierTls = true;    // check the server's certificate and name
-    int64_t delaiMs = 30000;    // bound of every network wait
+    bool ftps = false;        // explicit TLS (AUTH TLS) on control and data connections
+    bool verifierTls = true;  // check the server's certificate and name
+    int64_t delaiMs = 30000;  // bound of every network wait
 };
 
 // libcurl's result of one operation. `code` is a CURLcode value.
@@ -70,8 +70,8 @@ class SessionCurl {
     ResultatCurl Commandes(const std::vector<std::string>& commandes);
     // Listing of folder `dossier` (absolute), MLSD or LIST, into `texte`; at most `maxOctets`
     // (more ends the listing with an error and `tropLong` set).
-    ResultatCurl Liste(const std::string& dossier, bool mlsd, std::string& texte,
-                       size_t maxOctets, bool& tropLong);
+    ResultatCurl Liste(const std::string& dossier, bool mlsd, std::string& texte, size_t maxOctets,
+                       bool& tropLong);
     // Retrieves file `chemin` (absolute); each block received goes to `puits`, which answers
     // false to stop the transfer (the result is then CURLE_WRITE_ERROR).
     ResultatCurl Recevoir(const std::string& chemin, bool binaire,
@@ -96,7 +96,7 @@ class SessionCurl {
     ResultatCurl Executer();
     static size_t SurEntete(char* data, size_t size, size_t n, void* self);
 
-    void* handle_ = nullptr;  // CURL*
+    void* handle_ = nullptr;          // CURL*
     void* listeCommandes_ = nullptr;  // curl_slist* of the running operation
     ParametresSession parametres_;
     std::string dossierEntree_ = "/";

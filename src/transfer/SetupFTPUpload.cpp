@@ -15,9 +15,13 @@ namespace {
 
 constexpr const char* kDossier = "<Dossier>";
 
-void Proc(const char* nom) { TraceProc(std::string("FrmSetupFTPUpload:") + nom); }
+void Proc(const char* nom) {
+    TraceProc(std::string("FrmSetupFTPUpload:") + nom);
+}
 
-bool Erreur() { return Etat().erreurFTP; }
+bool Erreur() {
+    return Etat().erreurFTP;
+}
 
 // The label's text as a number; nothing when it is not one.
 bool Nombre(const std::string& texte, long& valeur) {
@@ -40,8 +44,8 @@ std::string LogiqueSetupFTPUpload::TexteAttributs(int32_t a) {
     static const struct {
         int32_t bit;
         char lettre;
-    } champs[] = {{32, 'A'}, {2048, 'C'}, {16, 'D'}, {2, 'H'}, {128, 'N'},
-                  {4096, 'O'}, {1, 'R'}, {4, 'S'}, {256, 'T'}};
+    } champs[] = {{32, 'A'},   {2048, 'C'}, {16, 'D'}, {2, 'H'},  {128, 'N'},
+                  {4096, 'O'}, {1, 'R'},    {4, 'S'},  {256, 'T'}};
     std::string t;
     for (const auto& c : champs) {
         t += ' ';
@@ -58,8 +62,10 @@ void LogiqueSetupFTPUpload::Form_Load() {
 
 void LogiqueSetupFTPUpload::OptionCnx_Click(int index) {
     OptionCnx = index;
-    if (index == 1) ftp_.SetModePassive();
-    else ftp_.SetModeActive();
+    if (index == 1)
+        ftp_.SetModePassive();
+    else
+        ftp_.SetModeActive();
 }
 
 void LogiqueSetupFTPUpload::RafraichirListeView() {
@@ -107,7 +113,8 @@ void LogiqueSetupFTPUpload::CommandFTP_Click(int index, int ligne) {
     if (enAction_) return;  // a click during a transfer: the session is busy
     enAction_ = true;
     Etat().erreurFTP = false;
-    const LigneLv* choisie = (ligne >= 0 && ligne < static_cast<int>(lv.size())) ? &lv[ligne] : nullptr;
+    const LigneLv* choisie =
+        (ligne >= 0 && ligne < static_cast<int>(lv.size())) ? &lv[ligne] : nullptr;
     bool rafraichirApres = false;
     switch (index) {
         case kConnecter:
@@ -126,8 +133,10 @@ void LogiqueSetupFTPUpload::CommandFTP_Click(int index, int ligne) {
             if (connecte_) RafraichirListeView();
             break;
         case kEnvoyer: {
-            if (OptionCnx == 1) ftp_.SetModePassive();
-            else ftp_.SetModeActive();
+            if (OptionCnx == 1)
+                ftp_.SetModePassive();
+            else
+                ftp_.SetModeActive();
             if (!Trim(TextDossierCible).empty()) {
                 ftp_.SetFTPDirectory(ClearDossierFTP(TextDossierCible));
                 RafraichirListeView();
@@ -139,7 +148,8 @@ void LogiqueSetupFTPUpload::CommandFTP_Click(int index, int ligne) {
             if (!ftp_.FTPUploadFile(TxtFichier, fichier, taille)) {
                 TraceLogEncadre("Err: FTP: Upload: " + NettoieLibErr(ftp_.GetLastErrorMessage()));
             } else {
-                TraceLog("FTP: Upload: " + fichier + ": upload in: " + FormatMilliers2(Secondes(debut)) +
+                TraceLog("FTP: Upload: " + fichier +
+                         ": upload in: " + FormatMilliers2(Secondes(debut)) +
                          " s. (Size: " + std::to_string(taille) + " octets)");
             }
             rafraichirApres = true;
@@ -165,15 +175,18 @@ void LogiqueSetupFTPUpload::CommandFTP_Click(int index, int ligne) {
                 break;
             }
             if (Trim(dossierTelechargement).empty() || !sys::FolderExists(dossierTelechargement)) {
-                TraceLogEncadre("Err: FTP: Download: local folder not found: '" + dossierTelechargement + "'");
+                TraceLogEncadre("Err: FTP: Download: local folder not found: '" +
+                                dossierTelechargement + "'");
                 break;
             }
             const int64_t debut = Svc().clock->Stopwatch();
             int64_t taille = 0;
-            if (!ftp_.FTPDownloadFile(nom, sys::WithTrailingSep(dossierTelechargement) + nom, taille)) {
+            if (!ftp_.FTPDownloadFile(nom, sys::WithTrailingSep(dossierTelechargement) + nom,
+                                      taille)) {
                 TraceLogEncadre("Err: FTP: Download: " + ftp_.GetLastErrorMessage());
             } else {
-                TraceLog("FTP: Download: " + nom + ": download in: " + FormatMilliers2(Secondes(debut)) + " s.");
+                TraceLog("FTP: Download: " + nom +
+                         ": download in: " + FormatMilliers2(Secondes(debut)) + " s.");
             }
             rafraichirApres = true;
             break;
@@ -184,7 +197,8 @@ void LogiqueSetupFTPUpload::CommandFTP_Click(int index, int ligne) {
             if (Question("Voulez-vous supprimer '" + nom + "' ?", kTitreApplication,
                          kMbYesNo + kMbCritical) != kIdYes)
                 break;
-            const bool ok = choisie->dossier ? ftp_.RemoveFTPDirectory(nom) : ftp_.DeleteFTPFile(nom);
+            const bool ok =
+                choisie->dossier ? ftp_.RemoveFTPDirectory(nom) : ftp_.DeleteFTPFile(nom);
             if (!ok) TraceLogEncadre("Err: FTP: Delete: " + ftp_.GetLastErrorMessage());
             rafraichirApres = true;
             break;
@@ -207,8 +221,10 @@ void LogiqueSetupFTPUpload::lv_DblClick(int ligne) {
     enAction_ = true;
     Etat().erreurFTP = false;
     const LigneLv l = lv[ligne];
-    if (l.dossier) OuvrirDossier(l);
-    else TextFichierFTP = l.nom;
+    if (l.dossier)
+        OuvrirDossier(l);
+    else
+        TextFichierFTP = l.nom;
     enAction_ = false;
 }
 
@@ -231,9 +247,9 @@ void LogiqueSetupFTPUpload::Form_Unload() {
 }
 
 void LogiqueSetupFTPUpload::Deconnexion() {
-    // FTPConnexionStopper / FTPStopper: the form's own handles of StartUpdate; this tool's
-    // browser opens none, so only its session is left to close.
-    connecte_ = ftp_.IsOpenConnection() && connecte_;
+    // FTPConnexionStopper / FTPStopper close the handles of the address-based transfer
+    // (StartUpdate), which no action of the browser opens: there is nothing to close here. The
+    // cFTP session is closed by CloseConnection, or replaced by the next OpenConnection.
 }
 
 }  // namespace zl3

@@ -38,7 +38,14 @@ struct EntreeFTPChoisie {
 
 class LogiqueSetupFTPUpload {
   public:
-    enum Action { kConnecter = 0, kRafraichir = 1, kEnvoyer = 2, kRecevoir = 3, kSupprimer = 4, kDeconnecter = 5 };
+    enum Action {
+        kConnecter = 0,
+        kRafraichir = 1,
+        kEnvoyer = 2,
+        kRecevoir = 3,
+        kSupprimer = 4,
+        kDeconnecter = 5
+    };
 
     std::string TxtServer;
     std::string TxtUser;

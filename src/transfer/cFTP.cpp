@@ -16,7 +16,9 @@ namespace {
 constexpr const char* kModule = "Cls_FTP:";
 constexpr size_t kMaxListe = 8u << 20;  // a listing beyond 8 MB is a hostile or broken server
 
-void Proc(const char* nom) { TraceProc(std::string(kModule) + nom); }
+void Proc(const char* nom) {
+    TraceProc(std::string(kModule) + nom);
+}
 
 std::string Cache(std::string texte, const std::string& secret) {
     if (secret.empty()) return texte;
@@ -64,7 +66,8 @@ std::string Normalise(const std::string& chemin) {
         i = j + 1;
     }
     std::string r = "/";
-    for (const auto& p : parts) r += p + "/";
+    for (const auto& p : parts)
+        r += p + "/";
     return r;
 }
 
@@ -88,15 +91,21 @@ const cDirItem* cDirList::Item(const std::string& fileName) const {
 
 long CodeWinInet(int codeCurl) {
     switch (static_cast<CURLcode>(codeCurl)) {
-        case CURLE_OK: return 0;
-        case CURLE_UNSUPPORTED_PROTOCOL: return kErrProtocole;
-        case CURLE_URL_MALFORMAT: return kErrUrlInvalide;
+        case CURLE_OK:
+            return 0;
+        case CURLE_UNSUPPORTED_PROTOCOL:
+            return kErrProtocole;
+        case CURLE_URL_MALFORMAT:
+            return kErrUrlInvalide;
         case CURLE_COULDNT_RESOLVE_PROXY:
-        case CURLE_COULDNT_RESOLVE_HOST: return kErrNomNonResolu;
+        case CURLE_COULDNT_RESOLVE_HOST:
+            return kErrNomNonResolu;
         case CURLE_COULDNT_CONNECT:
         case CURLE_FTP_ACCEPT_FAILED:
-        case CURLE_FTP_CANT_GET_HOST: return kErrCannotConnect;
-        case CURLE_WEIRD_SERVER_REPLY: return kErrReponseInvalide;
+        case CURLE_FTP_CANT_GET_HOST:
+            return kErrCannotConnect;
+        case CURLE_WEIRD_SERVER_REPLY:
+            return kErrReponseInvalide;
         case CURLE_REMOTE_ACCESS_DENIED:
         case CURLE_FTP_COULDNT_SET_TYPE:
         case CURLE_FTP_COULDNT_RETR_FILE:
@@ -106,17 +115,23 @@ long CodeWinInet(int codeCurl) {
         case CURLE_FTP_COULDNT_USE_REST:
         case CURLE_REMOTE_DISK_FULL:
         case CURLE_REMOTE_FILE_EXISTS:
-        case CURLE_REMOTE_FILE_NOT_FOUND: return kErrExtended;
+        case CURLE_REMOTE_FILE_NOT_FOUND:
+            return kErrExtended;
         case CURLE_FTP_ACCEPT_TIMEOUT:
-        case CURLE_OPERATION_TIMEDOUT: return kErrTimeout;
+        case CURLE_OPERATION_TIMEDOUT:
+            return kErrTimeout;
         case CURLE_FTP_WEIRD_PASV_REPLY:
-        case CURLE_FTP_WEIRD_227_FORMAT: return kErrPassifIndisponible;
+        case CURLE_FTP_WEIRD_227_FORMAT:
+            return kErrPassifIndisponible;
         case CURLE_PARTIAL_FILE:
         case CURLE_GOT_NOTHING:
         case CURLE_SEND_ERROR:
-        case CURLE_RECV_ERROR: return kErrConnexionInterrompue;
-        case CURLE_LOGIN_DENIED: return kErrMotDePasseIncorrect;
-        case CURLE_PEER_FAILED_VERIFICATION: return kErrCertificat;
+        case CURLE_RECV_ERROR:
+            return kErrConnexionInterrompue;
+        case CURLE_LOGIN_DENIED:
+            return kErrMotDePasseIncorrect;
+        case CURLE_PEER_FAILED_VERIFICATION:
+            return kErrCertificat;
         case CURLE_SSL_CONNECT_ERROR:
         case CURLE_USE_SSL_FAILED:
         case CURLE_SSL_ENGINE_NOTFOUND:
@@ -124,41 +139,65 @@ long CodeWinInet(int codeCurl) {
         case CURLE_SSL_CERTPROBLEM:
         case CURLE_SSL_CIPHER:
         case CURLE_SSL_SHUTDOWN_FAILED:
-        case CURLE_SSL_CACERT_BADFILE: return kErrCanalSecurise;
-        case CURLE_OUT_OF_MEMORY: return kErrMemoire;
-        case CURLE_RECURSIVE_API_CALL: return kErrTransfertEnCours;
-        default: return kErrInterne;
+        case CURLE_SSL_CACERT_BADFILE:
+            return kErrCanalSecurise;
+        case CURLE_OUT_OF_MEMORY:
+            return kErrMemoire;
+        case CURLE_RECURSIVE_API_CALL:
+            return kErrTransfertEnCours;
+        default:
+            return kErrInterne;
     }
 }
 
 std::string TexteErreurWinInet(long code) {
     switch (code) {
-        case kErrFichierIntrouvable: return "The system cannot find the file specified.";
-        case kErrHandleInvalide: return "The handle is invalid.";
-        case kErrMemoire: return "Not enough storage is available to process this command.";
-        case kErrPasDeFichier: return "There are no more files.";
-        case kErrEcriture: return "The system cannot write to the specified device.";
-        case kErrLecture: return "The system cannot read from the specified device.";
+        case kErrFichierIntrouvable:
+            return "The system cannot find the file specified.";
+        case kErrHandleInvalide:
+            return "The handle is invalid.";
+        case kErrMemoire:
+            return "Not enough storage is available to process this command.";
+        case kErrPasDeFichier:
+            return "There are no more files.";
+        case kErrEcriture:
+            return "The system cannot write to the specified device.";
+        case kErrLecture:
+            return "The system cannot read from the specified device.";
         case kErrNomIncorrect:
             return "The filename, directory name, or volume label syntax is incorrect.";
-        case kErrTimeout: return "The operation timed out";
-        case kErrExtended: return "An extended error was returned from the server.";
-        case kErrInterne: return "An internal error occurred in the Microsoft Internet extensions";
-        case kErrUrlInvalide: return "The URL is invalid";
-        case kErrProtocole: return "The URL does not use a recognized protocol";
-        case kErrNomNonResolu: return "The server name or address could not be resolved";
-        case kErrMotDePasseIncorrect: return "The password was not allowed";
-        case kErrCannotConnect: return "A connection with the server could not be established";
+        case kErrTimeout:
+            return "The operation timed out";
+        case kErrExtended:
+            return "An extended error was returned from the server.";
+        case kErrInterne:
+            return "An internal error occurred in the Microsoft Internet extensions";
+        case kErrUrlInvalide:
+            return "The URL is invalid";
+        case kErrProtocole:
+            return "The URL does not use a recognized protocol";
+        case kErrNomNonResolu:
+            return "The server name or address could not be resolved";
+        case kErrMotDePasseIncorrect:
+            return "The password was not allowed";
+        case kErrCannotConnect:
+            return "A connection with the server could not be established";
         case kErrConnexionInterrompue:
             return "The connection with the server was terminated abnormally";
-        case kErrConnexionReinitialisee: return "The connection with the server was reset";
-        case kErrCertificat: return "The certificate authority is invalid or incorrect";
+        case kErrConnexionReinitialisee:
+            return "The connection with the server was reset";
+        case kErrCertificat:
+            return "The certificate authority is invalid or incorrect";
         case kErrTransfertEnCours:
             return "There is already an FTP request in progress on this session";
-        case kErrPassifIndisponible: return "Passive mode is not available on the server";
-        case kErrReponseInvalide: return "The server returned an invalid or unrecognized response";
-        case kErrCanalSecurise: return "An error occurred in the secure channel support";
-        default: return "";
+        case kErrPassifIndisponible:
+            return "Passive mode is not available on the server";
+        case kErrReponseInvalide:
+            return "The server returned an invalid or unrecognized response";
+        case kErrCanalSecurise:
+            return "An error occurred in the secure channel support";
+        default:
+            return "";
     }
 }
 
@@ -181,7 +220,8 @@ void cFTP::ErrorOut(long errorCode, const std::string& procName) {
     std::string texte = TexteErreurWinInet(errorCode);
     texte = texte.substr(0, texte.find('\0'));
     texte = texte.substr(0, texte.find("\r\n"));
-    lastError_ = NettoieLibErr(procName + " Err: " + std::to_string(errorCode) + " Message: " + texte);
+    lastError_ =
+        NettoieLibErr(procName + " Err: " + std::to_string(errorCode) + " Message: " + texte);
     if (errorCode == kErrExtended) {
         std::string reponse = session_.DerniereReponse();
         reponse = reponse.substr(0, reponse.find('\0'));
@@ -217,7 +257,8 @@ std::string cFTP::Absolu(const std::string& nom) const {
 bool cFTP::OpenConnection(const std::string& server, const std::string& user,
                           const std::string& password) {
     Proc("OpenConnection");
-    if (occupe_) return Echec(kErrTransfertEnCours, "InternetConnect", "Err: FTP: InternetConnect (");
+    if (occupe_)
+        return Echec(kErrTransfertEnCours, "InternetConnect", "Err: FTP: InternetConnect (");
     if (connecte_) {
         session_.Fermer();
         connecte_ = false;
@@ -241,7 +282,8 @@ bool cFTP::OpenConnection(const std::string& server, const std::string& user,
         Echec(kErrInterne, "InternetOpen", "Err: FTP: InternetOpen (");
         return Echec(kErrHandleInvalide, "InternetConnect", "Err: FTP: InternetConnect (");
     }
-    if (!r.Ok()) return Echec(CodeWinInet(r.code), "InternetConnect", "Err: FTP: InternetConnect (");
+    if (!r.Ok())
+        return Echec(CodeWinInet(r.code), "InternetConnect", "Err: FTP: InternetConnect (");
     connecte_ = true;
     dossierCourant_ = session_.DossierEntree();
     lastErrorNumber_ = 0;
@@ -270,7 +312,8 @@ bool cFTP::SimpleFTPPutFile(const std::string& localFile, const std::string& rem
     Proc("SimpleFTPPutFile");
     const std::string label = "Err: FTP: FTPPutFile (";
     if (!Pret("SimpleFtpPutFile", label)) return false;
-    if (!ftp::CheminTransmissible(remoteFile)) return Echec(kErrNomIncorrect, "SimpleFtpPutFile", label);
+    if (!ftp::CheminTransmissible(remoteFile))
+        return Echec(kErrNomIncorrect, "SimpleFtpPutFile", label);
     std::ifstream in(localFile, std::ios::binary);
     if (!in) return Echec(kErrFichierIntrouvable, "SimpleFtpPutFile", label);
     bool erreurLocale = false;
@@ -285,7 +328,8 @@ bool cFTP::SimpleFTPPutFile(const std::string& localFile, const std::string& rem
                                         return static_cast<size_t>(in.gcount());
                                     });
     FinTransfert();
-    if (!r.Ok()) return Echec(erreurLocale ? kErrLecture : CodeWinInet(r.code), "SimpleFtpPutFile", label);
+    if (!r.Ok())
+        return Echec(erreurLocale ? kErrLecture : CodeWinInet(r.code), "SimpleFtpPutFile", label);
     return true;
 }
 
@@ -304,7 +348,8 @@ bool cFTP::CreateFTPDirectory(const std::string& name) {
     Proc("CreateFTPDirectory");
     const std::string label = "Err: FTP: CreateFTPDirectory (";
     if (!Pret("CreateFTPDirectory", label)) return false;
-    if (!ftp::CheminTransmissible(name)) return Echec(kErrNomIncorrect, "CreateFTPDirectory", label);
+    if (!ftp::CheminTransmissible(name))
+        return Echec(kErrNomIncorrect, "CreateFTPDirectory", label);
     const auto r = session_.Commandes({"MKD " + Absolu(name)});
     if (!r.Ok()) return Echec(CodeWinInet(r.code), "CreateFTPDirectory", label);
     return true;
@@ -314,7 +359,8 @@ bool cFTP::RemoveFTPDirectory(const std::string& name) {
     Proc("RemoveFTPDirectory");
     const std::string label = "Err: FTP: RemoveFTPDirectory (";
     if (!Pret("RemoveFTPDirectory", label)) return false;
-    if (!ftp::CheminTransmissible(name)) return Echec(kErrNomIncorrect, "RemoveFTPDirectory", label);
+    if (!ftp::CheminTransmissible(name))
+        return Echec(kErrNomIncorrect, "RemoveFTPDirectory", label);
     const auto r = session_.Commandes({"RMD " + Absolu(name)});
     if (!r.Ok()) return Echec(CodeWinInet(r.code), "RemoveFTPDirectory", label);
     return true;
@@ -339,7 +385,8 @@ bool cFTP::FTPUploadFile(const std::string& localFile, const std::string& remote
     if (local.empty() || remote.empty()) return false;
     const std::string labelOuvre = "Err: FTP: FtpOpenFile:PutFile: " + remote + "'(";
     if (!Pret("FtpOpenFile:PutFile", labelOuvre)) return false;
-    if (!ftp::CheminTransmissible(remote)) return Echec(kErrNomIncorrect, "FtpOpenFile:PutFile", labelOuvre);
+    if (!ftp::CheminTransmissible(remote))
+        return Echec(kErrNomIncorrect, "FtpOpenFile:PutFile", labelOuvre);
     std::ifstream in(local, std::ios::binary | std::ios::ate);
     if (!in) return Echec(kErrFichierIntrouvable, "FtpOpenFile:PutFile", labelOuvre);
     const int64_t longueur = static_cast<int64_t>(in.tellg());
@@ -433,49 +480,53 @@ bool cFTP::FTPDownloadFile(const std::string& remoteFile, const std::string& loc
     bool erreurLocale = false;
     bool complet = false;
     occupe_ = true;
-    const auto r = session_.Recevoir(
-        Absolu(remote), transferType_ == kTransferBinary, [&](const char* data, size_t n) {
-            if (!ouvert) {
-                out.open(local, std::ios::binary | std::ios::trunc);
-                ouvert = true;
-                if (!out) {
-                    erreurLocale = true;
-                    return false;
-                }
-            }
-            enCours.append(data, n);
-            while (!complet) {
-                if (lus < entiers) {
-                    if (enCours.size() < 256) break;
-                    out.write(enCours.data(), 256);
-                    enCours.erase(0, 256);
-                    ++lus;
-                    Svc().events->DoEvents();
-                    compte += 256;
-                    if (FileTransferProgress) FileTransferProgress(compte, taille);
-                } else if (reste && !resteLu) {
-                    if (enCours.size() < static_cast<size_t>(reste)) break;
-                    out.write(enCours.data(), reste);
-                    enCours.erase(0, static_cast<size_t>(reste));
-                    resteLu = true;
-                } else {
-                    complet = true;
-                }
-                if (lus == entiers && (!reste || resteLu)) complet = true;
-                if (!out) {
-                    erreurLocale = true;
-                    return false;
-                }
-            }
-            // The listed size is read and the file handle closed: what the server sends beyond
-            // it is not taken.
-            return !complet;
-        });
+    const auto r = session_.Recevoir(Absolu(remote), transferType_ == kTransferBinary,
+                                     [&](const char* data, size_t n) {
+                                         if (!ouvert) {
+                                             out.open(local, std::ios::binary | std::ios::trunc);
+                                             ouvert = true;
+                                             if (!out) {
+                                                 erreurLocale = true;
+                                                 return false;
+                                             }
+                                         }
+                                         enCours.append(data, n);
+                                         while (!complet) {
+                                             if (lus < entiers) {
+                                                 if (enCours.size() < 256) break;
+                                                 out.write(enCours.data(), 256);
+                                                 enCours.erase(0, 256);
+                                                 ++lus;
+                                                 Svc().events->DoEvents();
+                                                 compte += 256;
+                                                 if (FileTransferProgress)
+                                                     FileTransferProgress(compte, taille);
+                                             } else if (reste && !resteLu) {
+                                                 if (enCours.size() < static_cast<size_t>(reste))
+                                                     break;
+                                                 out.write(enCours.data(), reste);
+                                                 enCours.erase(0, static_cast<size_t>(reste));
+                                                 resteLu = true;
+                                             } else {
+                                                 complet = true;
+                                             }
+                                             if (lus == entiers && (!reste || resteLu))
+                                                 complet = true;
+                                             if (!out) {
+                                                 erreurLocale = true;
+                                                 return false;
+                                             }
+                                         }
+                                         // The listed size is read and the file handle closed: what
+                                         // the server sends beyond it is not taken.
+                                         return !complet;
+                                     });
     FinTransfert();
     const bool lu = complet && (r.Ok() || r.code == CURLE_WRITE_ERROR) && !erreurLocale;
     if (!lu) {
         if (ouvert) {
-            if (!enCours.empty() && out) out.write(enCours.data(), static_cast<std::streamsize>(enCours.size()));
+            if (!enCours.empty() && out)
+                out.write(enCours.data(), static_cast<std::streamsize>(enCours.size()));
             out.close();
         }
         long code = erreurLocale ? kErrEcriture : CodeWinInet(r.code);
@@ -491,9 +542,11 @@ bool cFTP::FTPDownloadFile(const std::string& remoteFile, const std::string& loc
 
 bool cFTP::SimpleFTPGetFile(const std::string& remoteFile, const std::string& localFile) {
     Proc("SimpleFTPGetFile");
-    const std::string label = "Err: FTP: SimpleFtpGetFile '" + remoteFile + "' / '" + localFile + "'(";
+    const std::string label =
+        "Err: FTP: SimpleFtpGetFile '" + remoteFile + "' / '" + localFile + "'(";
     if (!Pret("SimpleFtpGetFile", label)) return false;
-    if (!ftp::CheminTransmissible(remoteFile)) return Echec(kErrNomIncorrect, "SimpleFtpGetFile", label);
+    if (!ftp::CheminTransmissible(remoteFile))
+        return Echec(kErrNomIncorrect, "SimpleFtpGetFile", label);
     // Written beside the target and renamed at the end: a failed transfer leaves the old file.
     const std::string partiel = localFile + ".part";
     std::ofstream out(partiel, std::ios::binary | std::ios::trunc);
@@ -512,7 +565,8 @@ bool cFTP::SimpleFTPGetFile(const std::string& remoteFile, const std::string& lo
     if (r.Ok() && !erreurLocale) std::filesystem::rename(partiel, localFile, ec);
     if (!r.Ok() || erreurLocale || ec) {
         std::filesystem::remove(partiel, ec);
-        return Echec(erreurLocale || r.Ok() ? kErrEcriture : CodeWinInet(r.code), "SimpleFtpGetFile", label);
+        return Echec(erreurLocale || r.Ok() ? kErrEcriture : CodeWinInet(r.code),
+                     "SimpleFtpGetFile", label);
     }
     TraceLog(std::string("FTP: ") + "SimpleFtpGetFile Ok: '" + remoteFile + "'");
     return true;
@@ -583,7 +637,8 @@ bool cFTP::Chercher(const std::string& motif, std::vector<ftp::EntreeListe>& tro
         entame = !texte.empty();
         return false;
     }
-    const auto entrees = mlsd ? ftp::AnalyseMlsd(texte) : ftp::AnalyseList(texte, Svc().clock->Now());
+    const auto entrees =
+        mlsd ? ftp::AnalyseMlsd(texte) : ftp::AnalyseList(texte, Svc().clock->Now());
     for (const auto& e : entrees)
         if (ftp::CorrespondMotif(e.nom, nom)) trouves.push_back(e);
     return true;

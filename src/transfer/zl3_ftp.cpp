@@ -43,8 +43,9 @@ int Echec(const std::string& message) {
 
 int main(int argc, char** argv) {
     using namespace zl3;
-    OptionsLigne options({"server", "user", "password", "list", "put", "dir", "download", "local", "timeout"},
-                         {"passive", "ftps", "insecure", "trace", "help"});
+    OptionsLigne options(
+        {"server", "user", "password", "list", "put", "dir", "download", "local", "timeout"},
+        {"passive", "ftps", "insecure", "trace", "help"});
     if (!options.Analyse(argc, argv)) return Usage(options.Erreur());
     if (!options.Arguments().empty()) return Usage("argument inattendu: " + options.Arguments()[0]);
     if (options.A("help")) {
@@ -54,12 +55,15 @@ int main(int argc, char** argv) {
     const int actions = options.A("list") + options.A("put") + options.A("download");
     if (actions != 1) return Usage("une action et une seule: --list, --put ou --download");
     const auto serveur = options.Valeur("server");
-    if (!serveur || !ftp::AnalyseServeur(*serveur)) return Usage("l'option --server est obligatoire (HOTE ou HOTE:PORT)");
+    if (!serveur || !ftp::AnalyseServeur(*serveur))
+        return Usage("l'option --server est obligatoire (HOTE ou HOTE:PORT)");
     const auto utilisateur = options.Valeur("user");
     if (!utilisateur) return Usage("l'option --user est obligatoire");
     std::string motDePasse;
-    if (const auto p = options.Valeur("password")) motDePasse = *p;
-    else if (const char* e = std::getenv("ZL3_FTP_PASSWORD")) motDePasse = e;
+    if (const auto p = options.Valeur("password"))
+        motDePasse = *p;
+    else if (const char* e = std::getenv("ZL3_FTP_PASSWORD"))
+        motDePasse = e;
     long long delaiS = 30;
     if (!options.Entier("timeout", 1, 3600, delaiS)) return Usage(options.Erreur());
     if (options.A("download") && !options.Valeur("local"))
@@ -70,7 +74,8 @@ int main(int argc, char** argv) {
     EventLoop evenements;
     ScopedServices services(Services{&console, &horloge, &evenements, nullptr});
     Trace().writeToFile = false;
-    if (options.A("trace")) Trace().onLine = [](const std::string& l) { std::fprintf(stderr, "%s\n", l.c_str()); };
+    if (options.A("trace"))
+        Trace().onLine = [](const std::string& l) { std::fprintf(stderr, "%s\n", l.c_str()); };
 
     if (options.A("download")) {
         LogiqueDownload d;
@@ -82,10 +87,12 @@ int main(int argc, char** argv) {
         d.delaiMs = delaiS * 1000;
         d.TextDossierFTP = *options.Valeur("download");
         d.dossierLocal = *options.Valeur("local");
-        if (!sys::FolderExists(d.dossierLocal)) return Echec("dossier local introuvable: " + d.dossierLocal);
+        if (!sys::FolderExists(d.dossierLocal))
+            return Echec("dossier local introuvable: " + d.dossierLocal);
         d.Form_Load();
         if (!d.ConnectDownload()) return Echec("connexion impossible à " + *serveur);
-        if (!d.LectureDesFichiersSurServeurFTP()) return Echec("dossier distant illisible: " + d.TextDossierFTP);
+        if (!d.LectureDesFichiersSurServeurFTP())
+            return Echec("dossier distant illisible: " + d.TextDossierFTP);
         const bool ok = d.FTPDownload();
         d.Deconnexion();
         std::printf("%d fichier(s) sur %zu reçu(s), %lld octets sur %lld\n", d.fichiersRecus,
@@ -110,7 +117,8 @@ int main(int argc, char** argv) {
         for (const auto& e : ftp.Directory()) {
             const std::string taille = e.EstDossier() ? "<Dossier>" : std::to_string(e.FileSize);
             std::printf("%s\t%s\t%s %s\n", e.FileName.c_str(), taille.c_str(),
-                        FormatDDMMYYYY(e.LastWriteTime).c_str(), FormatHHMMSS(e.LastWriteTime).c_str());
+                        FormatDDMMYYYY(e.LastWriteTime).c_str(),
+                        FormatHHMMSS(e.LastWriteTime).c_str());
         }
         return 0;
     }

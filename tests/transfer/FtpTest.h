@@ -34,7 +34,9 @@ class FtpTest : public SiteTest {
         SiteTest::TearDown();
     }
     static bool ProftpdPresent() { return access("/usr/sbin/proftpd", X_OK) == 0; }
-    static bool ProftpdTlsPresent() { return ProftpdPresent() && access("/usr/lib/proftpd/mod_tls.so", R_OK) == 0; }
+    static bool ProftpdTlsPresent() {
+        return ProftpdPresent() && access("/usr/lib/proftpd/mod_tls.so", R_OK) == 0;
+    }
 
     // proftpd in the foreground, from a configuration in the test's folder: a virtual user of
     // this process's uid whose home (and root) is the server's folder.
@@ -47,32 +49,51 @@ class FtpTest : public SiteTest {
         ASSERT_TRUE(pw && gr);
         // SHA-512 crypt of kMotDePasse, salt "zl3tests" (openssl passwd -6 -salt zl3tests).
         const std::string hache =
-            "$6$zl3tests$XVD42Jzt7PBxCqh9RqYUVUidkLd2BL70plP9kGbUU8Wmt7vpWuvcZ89XNJBcwpnhbY/dJhohIbnb4e2bg29HL.";
-        WriteFile(d + "passwd", std::string(kUtilisateur) + ":" + hache + ":" + std::to_string(getuid()) + ":" +
-                                    std::to_string(getgid()) + "::" + racine_ + ":/bin/false\n");
-        std::filesystem::permissions(d + "passwd", std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+            "$6$zl3tests$XVD42Jzt7PBxCqh9RqYUVUidkLd2BL70plP9kGbUU8Wmt7vpWuvcZ89XNJBcwpnhbY/"
+            "dJhohIbnb4e2bg29HL.";
+        WriteFile(d + "passwd", std::string(kUtilisateur) + ":" + hache + ":" +
+                                    std::to_string(getuid()) + ":" + std::to_string(getgid()) +
+                                    "::" + racine_ + ":/bin/false\n");
+        std::filesystem::permissions(
+            d + "passwd", std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
         std::string extra;
         if (tls) {
-            ASSERT_EQ(std::system(("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=127.0.0.1 -keyout " + d +
-                                   "key.pem -out " + d + "cert.pem >/dev/null 2>&1").c_str()),
+            ASSERT_EQ(std::system(("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "
+                                   "/CN=127.0.0.1 -keyout " +
+                                   d + "key.pem -out " + d + "cert.pem >/dev/null 2>&1")
+                                      .c_str()),
                       0);
-            extra = "ModulePath /usr/lib/proftpd\nLoadModule mod_tls.c\nTLSEngine on\nTLSRequired on\n"
-                    "TLSRSACertificateFile " + d + "cert.pem\nTLSRSACertificateKeyFile " + d + "key.pem\n"
-                    "TLSOptions NoSessionReuseRequired\nTLSLog " + d + "tls.log\n";
+            extra =
+                "ModulePath /usr/lib/proftpd\nLoadModule mod_tls.c\nTLSEngine on\nTLSRequired on\n"
+                "TLSRSACertificateFile " +
+                d + "cert.pem\nTLSRSACertificateKeyFile " + d +
+                "key.pem\n"
+                "TLSOptions NoSessionReuseRequired\nTLSLog " +
+                d + "tls.log\n";
         }
         for (int essai = 0; essai < 5 && !(serveur_ && serveur_->Port()); ++essai) {
             const int port = PortLibre();
             WriteFile(d + "proftpd.conf",
                       "ServerType standalone\nPort " + std::to_string(port) +
                           "\nSocketBindTight on\nDefaultAddress 127.0.0.1\nUseIPv6 off\n"
-                          "User " + pw->pw_name + "\nGroup " + gr->gr_name + "\nPidFile " + d + "pid\n"
-                          "ScoreboardFile " + d + "scoreboard\nDelayTable none\nWtmpLog off\n"
-                          "TransferLog none\nSystemLog " + d + "system.log\nAuthOrder mod_auth_file.c\n"
-                          "AuthUserFile " + d + "passwd\nRequireValidShell off\nRootLogin on\n"
+                          "User " +
+                          pw->pw_name + "\nGroup " + gr->gr_name + "\nPidFile " + d +
+                          "pid\n"
+                          "ScoreboardFile " +
+                          d +
+                          "scoreboard\nDelayTable none\nWtmpLog off\n"
+                          "TransferLog none\nSystemLog " +
+                          d +
+                          "system.log\nAuthOrder mod_auth_file.c\n"
+                          "AuthUserFile " +
+                          d +
+                          "passwd\nRequireValidShell off\nRootLogin on\n"
                           "DefaultRoot ~\nAllowOverwrite on\nUseReverseDNS off\n"
-                          "<Limit ALL>\n  AllowAll\n</Limit>\n" + extra);
-            serveur_ = std::make_unique<ServeurLocal>("/usr/sbin/proftpd",
-                                                      std::vector<std::string>{"-n", "-q", "-c", d + "proftpd.conf"}, port);
+                          "<Limit ALL>\n  AllowAll\n</Limit>\n" +
+                          extra);
+            serveur_ = std::make_unique<ServeurLocal>(
+                "/usr/sbin/proftpd", std::vector<std::string>{"-n", "-q", "-c", d + "proftpd.conf"},
+                port);
         }
         ASSERT_GT(serveur_->Port(), 0) << "proftpd did not start";
     }
@@ -99,7 +120,8 @@ class FtpTest : public SiteTest {
     // A file of `n` bytes of varied content.
     static std::string Octets(size_t n) {
         std::string s(n, '\0');
-        for (size_t i = 0; i < n; ++i) s[i] = static_cast<char>((i * 7 + i / 251) & 0xFF);
+        for (size_t i = 0; i < n; ++i)
+            s[i] = static_cast<char>((i * 7 + i / 251) & 0xFF);
         return s;
     }
     static bool TraceContient(const std::string& texte) {

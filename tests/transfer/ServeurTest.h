@@ -3,8 +3,8 @@
 // machine may take its time), never for a fixed delay.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <arpa/inet.h>
+#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <signal.h>
@@ -68,7 +68,8 @@ class ServeurLocal {
         close(tube[0]);
     }
     // Runs `programme` that listens on `port` (known in advance); ready when the port accepts.
-    ServeurLocal(const std::string& programme, const std::vector<std::string>& arguments, int port) {
+    ServeurLocal(const std::string& programme, const std::vector<std::string>& arguments,
+                 int port) {
         pid_ = Lancer(programme, arguments, -1, -1);
         const auto limite = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         while (std::chrono::steady_clock::now() < limite) {
@@ -111,7 +112,8 @@ class ServeurLocal {
             std::vector<char*> argv;
             std::string nom = programme;
             argv.push_back(nom.data());
-            for (auto& a : copie) argv.push_back(a.data());
+            for (auto& a : copie)
+                argv.push_back(a.data());
             argv.push_back(nullptr);
             execv(programme.c_str(), argv.data());
             _exit(127);

@@ -85,9 +85,11 @@ TEST_P(ClientFtp, UploadChunksPausesAndProgress) {
         int pauses;
     };
     std::vector<int64_t> parPetits;
-    for (int64_t i = 1; i <= 96; ++i) parPetits.push_back(i * 256);
+    for (int64_t i = 1; i <= 96; ++i)
+        parPetits.push_back(i * 256);
     parPetits.push_back(24576);
-    const std::vector<Cas> cas = {{24576, parPetits, 96}, {24577, {24576, 24577}, 2}, {0, {0}, 0}, {300, {256, 300}, 2}};
+    const std::vector<Cas> cas = {
+        {24576, parPetits, 96}, {24577, {24576, 24577}, 2}, {0, {0}, 0}, {300, {256, 300}, 2}};
     for (const auto& c : cas) {
         SCOPED_TRACE(c.taille);
         progres.clear();
@@ -128,7 +130,8 @@ TEST_P(ClientFtp, DownloadSizesThroughPatternAndSkipsEmptyFiles) {
         EXPECT_EQ(t, 1000);
     };
     int64_t taille = 0;
-    ASSERT_TRUE(ftp.FTPDownloadFile("my file.txt", local_ + "copie.txt", taille)) << ftp.GetLastErrorMessage();
+    ASSERT_TRUE(ftp.FTPDownloadFile("my file.txt", local_ + "copie.txt", taille))
+        << ftp.GetLastErrorMessage();
     EXPECT_EQ(taille, 1000);
     EXPECT_EQ(progres, (std::vector<int64_t>{256, 512, 768, 1000}));
     EXPECT_EQ(ReadFile(local_ + "copie.txt"), Octets(1000));
@@ -170,7 +173,8 @@ TEST_P(ClientFtp, FolderAndFileCommandsReportTheServersReply) {
     EXPECT_EQ(ftp.LastErrorNumber(), 12003);
     const std::string reponse = ftp.GetLastErrorMessage();
     EXPECT_EQ(reponse.rfind("550 ", 0), 0u) << reponse;
-    EXPECT_TRUE(TraceContient("----- Err: FTP: DeleteFTPFile 'absent.txt' (" + reponse + ") -----"));
+    EXPECT_TRUE(
+        TraceContient("----- Err: FTP: DeleteFTPFile 'absent.txt' (" + reponse + ") -----"));
     EXPECT_TRUE(Etat().erreurFTP);
 
     EXPECT_FALSE(ftp.RemoveFTPDirectory("plein"));
@@ -189,15 +193,18 @@ TEST_P(ClientFtp, ConnectionFailuresCarryWinInetNumbers) {
     ftp.SetDelaiReseau(60000);
     EXPECT_FALSE(ftp.OpenConnection(serveur_->Adresse(), kUtilisateur, "wrong-password"));
     EXPECT_FALSE(ftp.IsOpenConnection());
-    EXPECT_EQ(ftp.GetLastErrorMessage(), "InternetConnect Err: 12014 Message: The password was not allowed");
-    EXPECT_TRUE(TraceContient("----- Err: FTP: InternetConnect (InternetConnect Err: 12014 Message: "
-                              "The password was not allowed) -----"));
+    EXPECT_EQ(ftp.GetLastErrorMessage(),
+              "InternetConnect Err: 12014 Message: The password was not allowed");
+    EXPECT_TRUE(
+        TraceContient("----- Err: FTP: InternetConnect (InternetConnect Err: 12014 Message: "
+                      "The password was not allowed) -----"));
     EXPECT_TRUE(Etat().erreurFTP);
     EXPECT_FALSE(TraceContient("wrong-password"));
 
     const int portFerme = serveur_->Port();
     serveur_.reset();
-    EXPECT_FALSE(ftp.OpenConnection("127.0.0.1:" + std::to_string(portFerme), kUtilisateur, kMotDePasse));
+    EXPECT_FALSE(
+        ftp.OpenConnection("127.0.0.1:" + std::to_string(portFerme), kUtilisateur, kMotDePasse));
     EXPECT_EQ(ftp.LastErrorNumber(), 12029);
     EXPECT_FALSE(ftp.OpenConnection("", kUtilisateur, kMotDePasse));
     EXPECT_EQ(ftp.LastErrorNumber(), 12007);
@@ -222,7 +229,8 @@ class ClientFtps : public FtpTest {};
 // Explicit TLS on control and data connections (passive mode), with a self-signed certificate:
 // accepted only when the certificate is not checked.
 TEST_F(ClientFtps, TransfersOverExplicitTls) {
-    if (!ProftpdTlsPresent()) GTEST_SKIP() << "proftpd's TLS module is not installed (tools/bootstrap.sh installs it)";
+    if (!ProftpdTlsPresent())
+        GTEST_SKIP() << "proftpd's TLS module is not installed (tools/bootstrap.sh installs it)";
     WriteFile(racine_ + "a.bin", Octets(3000));
     DemarrerProftpd(true);
     cFTP verifie;
@@ -236,7 +244,8 @@ TEST_F(ClientFtps, TransfersOverExplicitTls) {
     ASSERT_TRUE(ftp.GetDirectoryListing("*.*")) << ftp.GetLastErrorMessage();
     EXPECT_EQ(ftp.Directory().Item("a.bin")->FileSize, 3000);
     int64_t taille = 0;
-    ASSERT_TRUE(ftp.FTPDownloadFile("a.bin", local_ + "a.bin", taille)) << ftp.GetLastErrorMessage();
+    ASSERT_TRUE(ftp.FTPDownloadFile("a.bin", local_ + "a.bin", taille))
+        << ftp.GetLastErrorMessage();
     EXPECT_EQ(ReadFile(local_ + "a.bin"), Octets(3000));
     ASSERT_TRUE(ftp.FTPUploadFile(local_ + "a.bin", "b.bin", taille));
     EXPECT_EQ(ReadFile(racine_ + "b.bin"), Octets(3000));

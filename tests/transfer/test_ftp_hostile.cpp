@@ -23,16 +23,23 @@ TEST_F(ServeurHostile, TraversalNamesNeverLeaveTheLocalFolder) {
     ASSERT_TRUE(d.ConnectDownload());
     ASSERT_TRUE(d.LectureDesFichiersSurServeurFTP());
     std::vector<std::string> noms;
-    for (const auto& l : d.ListeTemporaire) noms.push_back(l.nom);
+    for (const auto& l : d.ListeTemporaire)
+        noms.push_back(l.nom);
     // The folder with attributes 16 + 32 is listed like a file; the plain folder is not.
-    EXPECT_EQ(noms, (std::vector<std::string>{"ok.txt", "../evil1.txt", "..\\evil2.txt", "C:evil3.txt",
-                                              "sub/evil4.txt", "bad\x01name.txt", "dir48"}));
+    EXPECT_EQ(noms,
+              (std::vector<std::string>{"ok.txt", "../evil1.txt", "..\\evil2.txt", "C:evil3.txt",
+                                        "sub/evil4.txt", "bad\x01name.txt", "dir48"}));
     EXPECT_FALSE(d.FTPDownload());
     EXPECT_EQ(d.fichiersRecus, 1);
     EXPECT_EQ(ReadFile(local_ + "ok.txt"), std::string(10, 'x'));
-    for (const char* n : {"../evil1.txt", "..\\evil2.txt", "C:evil3.txt", "sub/evil4.txt", "bad?name.txt"})
-        EXPECT_TRUE(TraceContient("----- Err: FTP: Unsafe file name refused: '" + std::string(n) + "' -----")) << n;
-    EXPECT_TRUE(TraceContient("Err: FTP: Unable to download: '/dir48' (Err:12003) (Internet error: 12003 (550 dir48: is a directory))"));
+    for (const char* n :
+         {"../evil1.txt", "..\\evil2.txt", "C:evil3.txt", "sub/evil4.txt", "bad?name.txt"})
+        EXPECT_TRUE(TraceContient("----- Err: FTP: Unsafe file name refused: '" + std::string(n) +
+                                  "' -----"))
+            << n;
+    EXPECT_TRUE(
+        TraceContient("Err: FTP: Unable to download: '/dir48' (Err:12003) (Internet error: 12003 "
+                      "(550 dir48: is a directory))"));
     // Nothing but ok.txt anywhere in the test's root besides the server's own folder.
     std::vector<std::string> ecrits;
     for (const auto& e : fs::recursive_directory_iterator(Root()))
@@ -112,7 +119,9 @@ TEST_F(ServeurHostile, EndlessRepliesAndListingsEndWithAnError) {
     EXPECT_FALSE(ftp.OpenConnection(serveur_->Adresse(), "u", "p"));
     EXPECT_LT(std::chrono::steady_clock::now() - debut, std::chrono::seconds(60));
     EXPECT_EQ(ftp.LastErrorNumber(), 12002);
-    EXPECT_TRUE(TraceContient("----- Err: FTP: InternetConnect (InternetConnect Err: 12002 Message: The operation timed out) -----"));
+    EXPECT_TRUE(
+        TraceContient("----- Err: FTP: InternetConnect (InternetConnect Err: 12002 Message: The "
+                      "operation timed out) -----"));
 
     Demarrer("liste-sans-fin");
     cFTP liste;
@@ -120,7 +129,8 @@ TEST_F(ServeurHostile, EndlessRepliesAndListingsEndWithAnError) {
     ASSERT_TRUE(liste.OpenConnection(serveur_->Adresse(), "u", "p"));
     EXPECT_FALSE(liste.GetDirectoryListing("*.*"));
     EXPECT_EQ(liste.Directory().Count(), 0);
-    EXPECT_TRUE(TraceContient("----- Err: FTP: InternetFindNextFile (InternetFindNextFile Err: 8 "));
+    EXPECT_TRUE(
+        TraceContient("----- Err: FTP: InternetFindNextFile (InternetFindNextFile Err: 8 "));
     EXPECT_TRUE(Etat().erreurFTP);
 }
 

@@ -1,8 +1,8 @@
 // The logic of the FTP browser and of the update download, and zl3-ftp, against pyftpdlib.
+#include <sys/wait.h>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
-#include <sys/wait.h>
 
 #include "Download.h"
 #include "Etat.h"
@@ -140,7 +140,9 @@ TEST_F(NavigateurFtp, PickModeFailedConnectAndBusySession) {
     events.onEvents = [&] {
         n.CommandFTP_Click(LogiqueSetupFTPUpload::kSupprimer, 1);
         int64_t t = 0;
-        if (!n.Ftp().FTPDownloadFile("a.txt", local_ + "a.txt", t) && n.Ftp().LastErrorNumber() == 12110) ++refus;
+        if (!n.Ftp().FTPDownloadFile("a.txt", local_ + "a.txt", t) &&
+            n.Ftp().LastErrorNumber() == 12110)
+            ++refus;
     };
     n.CommandFTP_Click(LogiqueSetupFTPUpload::kEnvoyer);
     events.onEvents = nullptr;
@@ -192,7 +194,9 @@ TEST_F(DownloadFtp, ReadsBy1024IntoTheLocalFolder) {
         ASSERT_EQ(d.ListeTemporaire.size(), 2u);  // the plain folder is left out
         std::map<std::string, std::vector<int64_t>> lectures;
         std::string enCours;
-        d.onLecture = [&](int64_t n) { lectures[d.TexteFichierEnCours.substr(0, d.TexteFichierEnCours.find(' '))].push_back(n); };
+        d.onLecture = [&](int64_t n) {
+            lectures[d.TexteFichierEnCours.substr(0, d.TexteFichierEnCours.find(' '))].push_back(n);
+        };
         EXPECT_TRUE(d.FTPDownload());
         EXPECT_EQ(lectures["FRAD022.bt6"], (std::vector<int64_t>{1024, 1024, 0}));
         EXPECT_EQ(lectures["notes.txt"], (std::vector<int64_t>{1024, 476}));
@@ -230,10 +234,11 @@ TEST_F(DownloadFtp, CommandLine) {
     WriteFile(racine_ + "maj/a.bin", Octets(3000));
     Demarrer();
     const std::string exe = ZL3_FTP_EXE;
-    const std::string base = exe + " --server " + serveur_->Adresse() + " --user radio --password '" +
-                             kMotDePasse + "' --timeout 60 ";
+    const std::string base = exe + " --server " + serveur_->Adresse() +
+                             " --user radio --password '" + kMotDePasse + "' --timeout 60 ";
     auto lancer = [&](const std::string& args) {
-        const int r = std::system((args + " >" + Root() + "out.txt 2>" + Root() + "err.txt").c_str());
+        const int r =
+            std::system((args + " >" + Root() + "out.txt 2>" + Root() + "err.txt").c_str());
         return WIFEXITED(r) ? WEXITSTATUS(r) : -1;
     };
     EXPECT_EQ(lancer(exe + " --list /"), 2);
@@ -248,7 +253,9 @@ TEST_F(DownloadFtp, CommandLine) {
     EXPECT_EQ(ReadFile(racine_ + "maj/envoi.bin"), Octets(700));
     EXPECT_EQ(lancer(base + "--list absent"), 1);
     EXPECT_NE(ReadFile(Root() + "err.txt").find("550"), std::string::npos);
-    EXPECT_EQ(lancer(exe + " --server " + serveur_->Adresse() + " --user radio --password bad --list /"), 1);
+    EXPECT_EQ(
+        lancer(exe + " --server " + serveur_->Adresse() + " --user radio --password bad --list /"),
+        1);
     EXPECT_NE(ReadFile(Root() + "err.txt").find("12014"), std::string::npos);
 }
 
