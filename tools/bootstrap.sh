@@ -14,6 +14,8 @@ PACKAGES=(
     python3 python3-xlrd python3-mutagen   # independent readers for .xls and ASF checks
     python3-openpyxl  # independent reader for the .xlsx exports
     python3-pyftpdlib # a real FTP server on the loopback for the transfer tests
+    proftpd-core      # a second real FTP server, run by the tests in the foreground
+    proftpd-mod-crypto # its TLS module: the FTPS tests
     xvfb xauth        # the windows' tests and screenshots without a display
     poppler-utils     # pdftotext/pdfinfo read back the printed pages
     ccache            # optional: rebuilds after a branch switch take seconds
@@ -34,3 +36,8 @@ SUDO=""
 echo "bootstrap: installing ${missing[*]}"
 $SUDO apt-get update -qq
 DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+# The tests run proftpd themselves on the loopback; the system service the package installs
+# would serve FTP on every address of the machine: it is stopped and disabled.
+if printf '%s\n' "${missing[@]}" | grep -qx proftpd-core && [ -d /run/systemd/system ]; then
+    $SUDO systemctl disable --now proftpd >/dev/null 2>&1 || true
+fi

@@ -17,6 +17,7 @@ struct EtatApplication {
     bool rechercheEnCours = false;           // a statistics run or a track search is running
     std::optional<int64_t> chronoDemarrage;  // stopwatch at the start of Form_Load
     int dernierSocketActif = -1;             // SocketUDP element that last received a datagram
+    bool erreurFTP = false;                  // any FTP failure sets it; FTP windows clear it
 };
 
 EtatApplication& Etat();
