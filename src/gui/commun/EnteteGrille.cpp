@@ -50,7 +50,7 @@ EnteteGrille::Cellule EnteteGrille::CelluleEntete(int level, int section) const 
         }
     int haut = level * h;
     int bas = (level + 1) * h;
-    c.texte = QString::fromStdString(g.ColHeader(level, col));
+    c.texte = QString::fromStdString(g.ColHeader(level, premier + 1));
     if (level == niveaux - 1 && premier == dernier) {
         // A column name with nothing above it takes the empty levels' height too.
         int niveau = level;

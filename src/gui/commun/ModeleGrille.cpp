@@ -34,8 +34,8 @@ bool ModeleGrille::Suivre() {
     if (lignes_ > 0 && colonnes_ > 0)
         emit dataChanged(index(0, 0), index(lignes_ - 1, colonnes_ - 1),
                          {Qt::DisplayRole});
-    emit headerDataChanged(Qt::Vertical, 0, std::max(0, lignes_ - 1));
-    emit headerDataChanged(Qt::Horizontal, 0, std::max(0, colonnes_ - 1));
+    if (lignes_ > 0) emit headerDataChanged(Qt::Vertical, 0, lignes_ - 1);
+    if (colonnes_ > 0) emit headerDataChanged(Qt::Horizontal, 0, colonnes_ - 1);
     return true;
 }
 

@@ -698,7 +698,8 @@ void Frm_Main::Form_Unload() {
     }
     TraceLog(std::string(kModule) + ": Form_Unload: End");
     TraceLogForce();
-    delete serveurInstance_;
+    // Unload may come from the instance server's own request: let it finish first.
+    if (serveurInstance_) serveurInstance_->deleteLater();
     serveurInstance_ = nullptr;
     verrou_.reset();
     QCoreApplication::quit();

@@ -49,6 +49,7 @@ void SocketUDP::Lire(int index) {
     while (s->hasPendingDatagrams()) {
         const QNetworkDatagram d = s->receiveDatagram();
         SocketUDP_DataArrival(index, d.data().toStdString());
+        emit DatagrammeLu(index);
     }
 }
 

@@ -22,6 +22,10 @@ class SocketUDP : public QObject {
     // Local port of element `index` (the one the system chose when the settings say 0).
     int PortLocal(int index) const;
 
+  signals:
+    // After each datagram has been handled.
+    void DatagrammeLu(int index);
+
   private:
     void Lire(int index);
     QVector<QUdpSocket*> sockets_;
