@@ -319,6 +319,7 @@ void Frm_Main::ConstruireControles() {
     lm->setContentsMargins(0, 4, 0, 0);
     sftTabsMusique_ = new QTabBar;
     sftTabsMusique_->setObjectName("SftTabsMusique");
+    sftTabsMusique_->setExpanding(false);
     for (const char* t : {"Quotas", "Top Diffusion", "SACEM"})
         sftTabsMusique_->addTab(QString::fromUtf8(t));
     pileMusique_ = new QStackedWidget;
@@ -331,6 +332,7 @@ void Frm_Main::ConstruireControles() {
     lp->setContentsMargins(0, 4, 0, 0);
     sftTabsPublicite_ = new QTabBar;
     sftTabsPublicite_->setObjectName("SftTabsPublicite");
+    sftTabsPublicite_->setExpanding(false);
     sftTabsPublicite_->addTab(QStringLiteral("Diffusions"));
     lp->addWidget(sftTabsPublicite_);
     lp->addWidget(vues_[3], 1);
@@ -491,9 +493,12 @@ void Frm_Main::ResizeCurrentOngletMain() {
     if (const auto r = RapportCourant()) {
         QTableView* vue = vues_[IndexVue(*r)];
         const Grid& g = modeles_[IndexVue(*r)]->Grille();
-        const int car = vue->fontMetrics().averageCharWidth();
-        for (int c = 1; c <= g.MaxCols(); ++c)
-            if (g.ColWidth(c) > 0) vue->setColumnWidth(c - 1, g.ColWidth(c) * car + 12);
+        const QFontMetrics fm = vue->fontMetrics();
+        const int car = fm.horizontalAdvance(QLatin1Char('0'));
+        for (int c = 1; c <= g.MaxCols(); ++c) {
+            const int entete = fm.horizontalAdvance(QString::fromStdString(g.Text(c, 0))) + 16;
+            if (g.ColWidth(c) > 0) vue->setColumnWidth(c - 1, std::max(entete, g.ColWidth(c) * car + 12));
+        }
         if (g.ColWidth(0) > 0) vue->verticalHeader()->setMinimumWidth(g.ColWidth(0) * car + 40);
     }
     commandLancer_->setEnabled(RapportCourant().has_value() || recherche_->EnCours());
