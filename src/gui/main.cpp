@@ -26,7 +26,7 @@ int main(int argc, char** argv) {
     zl3::ScopedServices services(zl3::Services{&boites, &horloge, &evenements, &shell});
 
     zl3::gui::Frm_Main fenetre(ligne);
-    evenements.avantEvenements = [&fenetre] { fenetre.SuivreGrilles(); };
+    evenements.avantEvenements = [&fenetre] { fenetre.SuivreGrillesDeTempsEnTemps(); };
     if (!fenetre.Form_Initialize() || !fenetre.Form_Load()) {
         zl3::TraceLogForce();
         return 0;

@@ -46,7 +46,7 @@ int main(int argc, char** argv) {
     zl3::gui::EventLoopQt evenements;
     zl3::ScopedServices services(zl3::Services{&boites, &horloge, &evenements, &shell});
     zl3::gui::Frm_Main w;
-    evenements.avantEvenements = [&w] { w.SuivreGrilles(); };
+    evenements.avantEvenements = [&w] { w.SuivreGrillesDeTempsEnTemps(); };
     if (!w.Form_Initialize() || !w.Form_Load()) return 1;
     w.resize(1280, 720);
     w.show();

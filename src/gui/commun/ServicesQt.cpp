@@ -10,13 +10,17 @@ EventLoopQt::EventLoopQt() { chrono_.start(); }
 void EventLoopQt::Remettre() {
     ecartMax_ = 0;
     tours_ = 0;
+    tourMax_ = 0;
     chrono_.restart();
 }
 
 void EventLoopQt::DoEvents() {
     const int64_t ecart = chrono_.restart();
-    if (ecart > ecartMax_) ecartMax_ = ecart;
     ++tours_;
+    if (ecart > ecartMax_) {
+        ecartMax_ = ecart;
+        tourMax_ = tours_;
+    }
     if (avantEvenements) avantEvenements();
     QCoreApplication::processEvents(QEventLoop::AllEvents);
     chrono_.restart();

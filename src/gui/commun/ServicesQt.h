@@ -24,12 +24,15 @@ class EventLoopQt : public EventLoop {
     // Longest time between two turns since the last Remettre(), in milliseconds.
     int64_t PlusLongEcartMs() const { return ecartMax_; }
     int64_t Tours() const { return tours_; }
+    // The turn that ended the longest gap (1 = the first turn after Remettre()).
+    int64_t TourDuPlusLongEcart() const { return tourMax_; }
     void Remettre();
 
   private:
     QElapsedTimer chrono_;
     int64_t ecartMax_ = 0;
     int64_t tours_ = 0;
+    int64_t tourMax_ = 0;
     bool occupe_ = false;
 };
 

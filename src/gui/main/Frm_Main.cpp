@@ -26,6 +26,7 @@
 #include "FrmSysTray.h"
 #include "Instance.h"
 #include "Lib_Config.h"
+#include "Lib_Stats.h"
 #include "Lib_Messages.h"
 #include "Lib_Profile.h"
 #include "Lib_Public.h"
@@ -479,6 +480,13 @@ void Frm_Main::SuivreGrilles() {
         if (m) m->Suivre();
 }
 
+void Frm_Main::SuivreGrillesDeTempsEnTemps() {
+    const int64_t maintenant = Svc().clock->Stopwatch();
+    if (dernierSuivi_ >= 0 && maintenant - dernierSuivi_ < 100) return;
+    dernierSuivi_ = maintenant;
+    SuivreGrilles();
+}
+
 void Frm_Main::ResizeCurrentOngletMain() {
     if (!sftTabsMain_) return;
     TraceProc("Lib_Resize:ResizeCurrentOngletMain");
@@ -547,6 +555,13 @@ void Frm_Main::CommandLancer_Click() {
                    kTitreApplication, kMbOk | kMbExclamation);
             session_.Fermer();
             return;
+        }
+        // Opening the files and loading the versions list take a moment of their own: the
+        // window gets its turn between them and the walk.
+        Svc().events->DoEvents();
+        if (!Versions().charge) {
+            InitGeneralVersionSons(session_.Source(), station);
+            Svc().events->DoEvents();
         }
         ParametresRecherche p;
         p.rapport = *rapport;

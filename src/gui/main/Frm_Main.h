@@ -95,8 +95,11 @@ class Frm_Main : public QMainWindow {
     FrmSysTray* SysTray() const { return sysTray_; }
     SocketUDP* Sockets() const { return sockets_; }
     RechercheStats& Recherche() { return *recherche_; }
-    // Brings every grid view up to date with its grid (run before each event-loop turn).
+    // Brings every grid view up to date with its grid.
     void SuivreGrilles();
+    // The same, at most every 100 ms: run before each event-loop turn, so that a search that
+    // yields every 20 tracks spends its time counting rather than repainting.
+    void SuivreGrillesDeTempsEnTemps();
     // The quitting flag is set once the exit is confirmed; a later copy may ask to quit.
     void DemandeDeQuitter();
 
@@ -122,6 +125,7 @@ class Frm_Main : public QMainWindow {
     void MajHorloge();
 
     std::string ligneCommande_;
+    int64_t dernierSuivi_ = -1;
     bool composantManquant_ = false;
     bool charge_ = false;
     bool dechargee_ = false;
