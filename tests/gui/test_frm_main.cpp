@@ -104,6 +104,7 @@ TEST_F(FenetreTest, StartUpTracesItsStepsInOrderAndShowsEveryGridsHeaders) {
         << "missing or out of order: " << etapes[suivante] << "\n"
         << lignes.join("\n").toStdString();
     EXPECT_EQ(Etat().instance, 3);
+    EXPECT_EQ(w.windowTitle(), "Zelvar: Tools Stats - 3.4.0");
 
     // Selectors: "Toutes" first, the stations' labels; the period ends today.
     EXPECT_EQ(w.ComboBases()->itemText(0), "Toutes");
@@ -134,8 +135,11 @@ TEST_F(FenetreTest, StartUpTracesItsStepsInOrderAndShowsEveryGridsHeaders) {
             EXPECT_EQ(m->headerData(static_cast<int>(c), Qt::Horizontal).toString().toStdString(),
                       a.noms[c]);
     }
+    w.ChoisirRapport(Rapport::Publicite);
+    EXPECT_EQ(w.windowTitle(), "Zelvar: Tools Stats - Publicite");
     // The Quotas bands stand over nine columns, "Pourcentage" over four.
     w.ChoisirRapport(Rapport::Quotas);
+    EXPECT_EQ(w.windowTitle(), "Zelvar: Tools Stats - Musique - Quotas");
     w.resize(1400, 700);
     w.show();
     QCoreApplication::processEvents();

@@ -26,6 +26,7 @@
 #include "FrmSysTray.h"
 #include "Instance.h"
 #include "Lib_Config.h"
+#include "Lib_Data_Pervasive.h"
 #include "Lib_Stats.h"
 #include "Lib_Messages.h"
 #include "Lib_Profile.h"
@@ -347,8 +348,16 @@ void Frm_Main::ConstruireControles() {
     sftTabsMain_->addTab(pageIncidents, kOngletIncidents);
     page->addWidget(sftTabsMain_, 1);
     setCentralWidget(central);
-    connect(sftTabsMain_, &QTabWidget::currentChanged, this, [this] { ResizeCurrentOngletMain(); });
-    connect(sftTabsMusique_, &QTabBar::currentChanged, this, [this] { ResizeCurrentOngletMain(); });
+    // A tab change lays the tab out, then the caption names the selection.
+    auto changement = [this] {
+        ResizeCurrentOngletMain();
+        QString selection = sftTabsMain_->tabText(sftTabsMain_->currentIndex());
+        if (selection == kOngletMusique)
+            selection += " - " + sftTabsMusique_->tabText(sftTabsMusique_->currentIndex());
+        setWindowTitle(QStringLiteral("%1 - %2").arg(kTitreApplication, selection));
+    };
+    connect(sftTabsMain_, &QTabWidget::currentChanged, this, changement);
+    connect(sftTabsMusique_, &QTabBar::currentChanged, this, changement);
 
     // Status line, clock.
     statut_ = new QLabel;
@@ -494,9 +503,6 @@ void Frm_Main::ResizeCurrentOngletMain() {
     pileMusique_->setCurrentIndex(sftTabsMusique_->currentIndex());
     for (int i = 0; i < 3; ++i)
         vues_[i]->setVisible(i == sftTabsMusique_->currentIndex());
-    QString selection = onglet;
-    if (onglet == kOngletMusique) selection += " - " + sftTabsMusique_->tabText(sftTabsMusique_->currentIndex());
-    setWindowTitle(QStringLiteral("%1 - %2").arg(kTitreApplication, selection));
     // Column widths from the grid (characters), the first time a grid is seen.
     if (const auto r = RapportCourant()) {
         QTableView* vue = vues_[IndexVue(*r)];
@@ -711,7 +717,11 @@ void Frm_Main::Form_Unload() {
         if (debugEcran_) debugEcran_->close();
         if (sysTray_) sysTray_->Masquer();
         if (sockets_) sockets_->Fermer();
+        // Every file still open, this window's and any other's; the trace says it either way.
+        const bool ouverte = session_.Ouverte();
         session_.Fermer();
+        FermerTousLesFichiers();
+        if (!ouverte) TraceLog("Pervasive files closed");
         Svc().events->DoEvents();
     } catch (const std::exception& e) {
         TraceErreur(id, 0, e.what());

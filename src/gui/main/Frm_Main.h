@@ -68,7 +68,7 @@ class Frm_Main : public QMainWindow {
     void CommandLancer_Click();
     void Mnu01Veille_Click();
     void Mnu01Log_Click();
-    // Lays out and shows the current tab's controls, rebuilds the caption.
+    // Lays out and shows the current tab's controls (a tab change then rebuilds the caption).
     void ResizeCurrentOngletMain();
 
     // ---- For the other windows (export, print) and the tests ----
