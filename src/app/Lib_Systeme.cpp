@@ -10,6 +10,7 @@
 #include <windows.h>
 #else
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -285,6 +286,57 @@ bool ShellOpen(const std::string& pathOrUrl) {
     quoted += "'";
     const std::string cmd = "xdg-open " + quoted + " >/dev/null 2>&1 &";
     return std::system(cmd.c_str()) == 0;
+#endif
+}
+
+std::string DossierTempMachine() {
+#ifdef _WIN32
+    char buf[MAX_PATH];
+    const DWORD n = GetTempPathA(MAX_PATH, buf);
+    return WithTrailingSep(std::string(buf, n));
+#else
+    if (!ZelvarRoot().empty()) return NativePath("C:\\Windows\\Temp\\");
+    std::error_code ec;
+    const fs::path tmp = fs::temp_directory_path(ec);
+    return WithTrailingSep(ec ? std::string("/tmp") : tmp.string());
+#endif
+}
+
+std::string FichierVerrouNomme(const std::string& name) {
+    return DossierTempMachine() + name + ".lock";
+}
+
+VerrouNomme::VerrouNomme(const std::string& name) : name_(name) { Reprendre(); }
+
+bool VerrouNomme::Reprendre() {
+    if (tenu_) return true;
+#ifdef _WIN32
+    if (!handle_) {
+        handle_ = CreateMutexA(nullptr, FALSE, ("Global\\" + name_).c_str());
+        if (!handle_) return false;
+        tenu_ = GetLastError() != ERROR_ALREADY_EXISTS;
+        return tenu_;
+    }
+    // The mutex object exists while any process holds a handle: open ours again to test.
+    CloseHandle(static_cast<HANDLE>(handle_));
+    handle_ = nullptr;
+    return Reprendre();
+#else
+    if (fd_ < 0) {
+        CheckRep(DossierTempMachine());
+        fd_ = ::open(FichierVerrouNomme(name_).c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666);
+        if (fd_ < 0) return false;
+    }
+    tenu_ = ::flock(fd_, LOCK_EX | LOCK_NB) == 0;
+    return tenu_;
+#endif
+}
+
+VerrouNomme::~VerrouNomme() {
+#ifdef _WIN32
+    if (handle_) CloseHandle(static_cast<HANDLE>(handle_));
+#else
+    if (fd_ >= 0) ::close(fd_);  // closing the descriptor releases the lock
 #endif
 }
 

@@ -65,4 +65,37 @@ bool FichierPrive(const std::string& path);
 // The shell's "Open" action on a file or an address.
 bool ShellOpen(const std::string& pathOrUrl);
 
+// A named lock shared by every process and every user session of the machine, held from its
+// creation to its destruction: the suite's named mutex ("Zelvar 3.4"). On Windows a global named
+// mutex; elsewhere an advisory lock on the file `name` & ".lock" of the machine's temp folder
+// (the root's C/Windows/Temp/, or the system's temp folder without a root), released by the
+// system when the process ends, however it ends.
+class VerrouNomme {
+  public:
+    explicit VerrouNomme(const std::string& name);
+    ~VerrouNomme();
+    VerrouNomme(const VerrouNomme&) = delete;
+    VerrouNomme& operator=(const VerrouNomme&) = delete;
+
+    // True when this object holds the lock: no other holder existed when it was created or when
+    // Reprendre last tried.
+    bool Tenu() const { return tenu_; }
+    // Tries again to take the lock (an earlier holder may have gone since); returns Tenu().
+    bool Reprendre();
+
+  private:
+    std::string name_;
+    bool tenu_ = false;
+#ifdef _WIN32
+    void* handle_ = nullptr;
+#else
+    int fd_ = -1;
+#endif
+};
+
+// Where the named lock `name` lives off Windows, and the folder the suite's processes of this
+// machine share for such meeting points (ending with the separator).
+std::string DossierTempMachine();
+std::string FichierVerrouNomme(const std::string& name);
+
 }  // namespace zl3::sys

@@ -1,0 +1,738 @@
+#include "Frm_Main.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <cstdlib>
+
+#include "EnteteGrille.h"
+#include "Etat.h"
+#include "FrmDebugEcran.h"
+#include "FrmSysTray.h"
+#include "Instance.h"
+#include "Lib_Config.h"
+#include "Lib_Data_Pervasive.h"
+#include "Lib_Stats.h"
+#include "Lib_Messages.h"
+#include "Lib_Profile.h"
+#include "Lib_Public.h"
+#include "Lib_Systeme.h"
+#include "LigneCommande.h"
+#include "ModeleGrille.h"
+#include "ReglagesFenetres.h"
+#include "Services.h"
+#include "SocketUDP.h"
+
+namespace zl3::gui {
+namespace {
+
+const char* kModule = "Frm_Main";
+const char* kOngletMusique = "Musique";
+const char* kOngletPublicite = "Publicite";
+const char* kOngletIncidents = "Incidents";
+
+int IndexVue(Rapport r) {
+    return static_cast<int>(r);
+}
+
+QDate VersQDate(const DateTime& d) {
+    return QDate(d.year, d.month, d.day);
+}
+
+DateTime DeQDate(const QDate& d) {
+    return DateTime{d.year(), d.month(), d.day(), 0, 0, 0, 0};
+}
+
+std::string Identite(const char* procedure) {
+    return std::string(kModule) + ":" + procedure;
+}
+
+}  // namespace
+
+Frm_Main::Frm_Main(std::string ligneCommande, QWidget* parent)
+    : QMainWindow(parent), ligneCommande_(std::move(ligneCommande)) {
+    setObjectName(kModule);
+    setWindowIcon(IconeApplication());
+    // The trace list is shown live from the very first line.
+    debugEcran_ = new FrmDebugEcran(this);
+    recherche_ = std::make_unique<RechercheStats>(musique_, publicite_);
+    ConstruireControles();
+}
+
+Frm_Main::~Frm_Main() {
+    if (charge_ && !dechargee_) Form_Unload();
+}
+
+bool Frm_Main::Form_Initialize() {
+    TraceProc(Identite("Form_Initialize"));
+    const std::string composant = sys::DossierSysteme() + kComposantGrille;
+    if (sys::FileExists(composant)) return true;
+    composantManquant_ = true;
+    const std::string titre = "Installation des composants Zelvar";
+    AffMsg(std::string("Cette mise-à-jour nécessite l'installation de la version 3.47.030 des "
+                       "composants Zelvar") +
+               "\n" + "Veuillez faire d'abord cette installation et relancer ensuite le programme" +
+               "\n" + "Fichier pour faire cette installation:" + "\n" + "      " +
+               kAdresseComposants,
+           titre, kMbOk | kMbCritical);
+    if (Question("Voulez-vous télécharger le fichier et faire l'installation ?", titre,
+                 kMbYesNo | kMbQuestion) == kIdYes)
+        Svc().shell->Open(kAdresseComposants);
+    return false;
+}
+
+bool Frm_Main::Form_Load() {
+    const std::string id = Identite("Form_Load");
+    TraceLog(id);
+    if (composantManquant_) {
+        close();
+        return false;
+    }
+    // The suite's named mutex, held for the life of the process.
+    verrou_ = std::make_unique<sys::VerrouNomme>(kNomVerrou);
+    if (!TesterPrevInstance(*verrou_, false, 5000)) {
+        verrou_.reset();
+        close();
+        return false;
+    }
+    EtatApplication& etat = Etat();
+    etat.chronoDemarrage = Svc().clock->Stopwatch();
+    etat.ligneCommande = ligneCommande_;
+    try {
+        if (!Trim(ligneCommande_).empty()) AnalyseChaineCommand(ligneCommande_);
+    } catch (const std::exception& e) {
+        TraceErreur(id, 0, e.what());
+    }
+    try {
+        InitGeneralLook();
+    } catch (const std::exception& e) {
+        TraceErreur(id, 0, e.what());
+    }
+    try {
+        InitGeneral();
+    } catch (const std::exception& e) {
+        TraceErreur(id, 0, e.what());
+    }
+
+    const bool statut = OptionStatutDemarrage();
+    if (statut) Statut("Tools Stats: Init: Create Object");
+    try {
+        CreationDesObjets();
+    } catch (const std::exception& e) {
+        TraceErreur(id, 0, e.what());
+    }
+
+    Statut("Tools Stats: Init: Display");
+    try {
+        const std::string fichier = FichierPositions();
+        PositionFeuille(*this, fichier);
+        TailleFeuille(*this, fichier);
+    } catch (const std::exception& e) {
+        TraceErreur(id, 0, e.what());
+    }
+
+    if (statut) Statut("Tools Stats: Init: Tableur");
+    try {
+        InitGeneralTableurMusique(musique_);
+        InitGeneralTableurPublicite(publicite_);
+        SuivreGrilles();
+    } catch (const std::exception& e) {
+        TraceErreur(id, 0, e.what());
+    }
+    if (statut) Statut("Tools Stats: Init: Fin");
+
+    const int64_t duree = Svc().clock->Stopwatch() - *etat.chronoDemarrage;
+    TraceLogEncadre("Init: Duration: " + std::to_string(duree) + " ms");
+
+    if (ligneCommande_.find("/Veille=True") != std::string::npos) {
+        etat.demandeVeille = true;
+        timerVeille_->start();
+    }
+    if (OptionIncidents()) TraceLog("FrmMain: Incidents: nothing recorded");
+    ResizeCurrentOngletMain();
+    Statut("Tools Stats: Ready", false);
+    TraceLogForce();
+    charge_ = true;
+    return true;
+}
+
+void Frm_Main::InitGeneralSysteme() {
+    const std::string theme = sys::ThemeActive();
+    TraceLog("ActiveTheme: " + std::string(theme == "0" ? "WinClassic" : "WinXP"));
+    NomDossierSettings();
+}
+
+void Frm_Main::InitGeneralLook() {
+    TraceProc(Identite("InitGeneralLook"));
+    InitGeneralSysteme();
+    QFont police("Arial");
+    police.setPointSize(9);
+    setFont(police);
+}
+
+void Frm_Main::InitGeneral() {
+    TraceLog("FrmMain: Init General: Start");
+    setWindowTitle(QStringLiteral("%1 - %2").arg(kTitreApplication, kVersionApplication));
+    Statut("Tools Stats: Init: General");
+    MajHorloge();
+    TraceLogEncadre("Init: InitGeneralPath");
+    DetermineDossierConfig();
+    TraceLogEncadre("Init: InitGeneralSite");
+    const Configuration& c = Config();
+    if (!c.bases.empty()) SetDossierLog(0, c.bases[0].dossiers[kRepLog]);
+    TraceLog("Site: " + c.nomRadio + " | Bases: " + std::to_string(c.nbBase));
+
+    Statut("Tools Stats: Init: Bases");
+    comboBases_->blockSignals(true);
+    comboBases_->clear();
+    comboBases_->addItem(QStringLiteral("Toutes"), 0);
+    for (size_t b = 0; b < c.bases.size(); ++b)
+        comboBases_->addItem(QString::fromStdString(c.bases[b].lib), static_cast<int>(b + 1));
+    comboBases_->setCurrentIndex(0);
+    comboBases_->blockSignals(false);
+    RemplirStations();
+
+    const std::string incidents = NomDossierSettings() + "Incidents" + ".Ini";
+    TraceLog("Incidents: " + incidents);
+    std::srand(static_cast<unsigned>(Svc().clock->TickCount()));
+    TraceLog("FrmMain: Init General: End");
+    // The period: up to today, from the first day of the previous month.
+    const DateTime aujourdhui = Svc().clock->Now();
+    DateTime debut{aujourdhui.year, aujourdhui.month, 1, 0, 0, 0, 0};
+    debut = AddDays(debut, -1);
+    debut.day = 1;
+    DefinirPeriode(debut, DateTime{aujourdhui.year, aujourdhui.month, aujourdhui.day});
+    TraceLogEncadre("Id Radio: " + c.nomRadio);
+}
+
+void Frm_Main::ConstruireControles() {
+
+    // Menus.
+    auto action = [this](QMenu* menu, const char* nom, const QString& texte, auto&& slot) {
+        QAction* a = menu->addAction(texte);
+        a->setObjectName(nom);
+        connect(a, &QAction::triggered, this, slot);
+        return a;
+    };
+    QMenu* fichier = menuBar()->addMenu(QStringLiteral("&Fichier"));
+    QAction* exporter = action(fichier, "MnuExportExcel", QStringLiteral("&Exporter..."), [] {});
+    QAction* imprimer = action(fichier, "MnuPrint", QStringLiteral("&Imprimer..."), [] {});
+    for (QAction* a : {exporter, imprimer}) {
+        a->setEnabled(false);
+        a->setToolTip(QStringLiteral("Pas encore disponible dans cette version"));
+    }
+    fichier->addSeparator();
+    action(fichier, "MnuQuitter", QStringLiteral("&Quitter"), [this] { Quitter(); });
+
+    QMenu* outils = menuBar()->addMenu(QStringLiteral("&Outils"));
+    QAction* options = action(outils, "Mnu01Options", QStringLiteral("&Options..."), [] {});
+    options->setEnabled(false);
+    options->setToolTip(QStringLiteral("La fenêtre des options n'est pas encore disponible"));
+    outils->setToolTipsVisible(true);
+    fichier->setToolTipsVisible(true);
+    action(outils, "Mnu01Log", QStringLiteral("&Journal du jour"), [this] { Mnu01Log_Click(); });
+    action(outils, "Mnu01Debug", QStringLiteral("&Ecran de debug"), [this] {
+        debugEcran_->show();
+        debugEcran_->raise();
+    });
+    QAction* veille =
+        action(outils, "Mnu01Veille", QStringLiteral("&Veille"), [this] { Mnu01Veille_Click(); });
+    veille->setCheckable(true);
+
+    QMenu* aide = menuBar()->addMenu(QStringLiteral("&Aide"));
+    action(aide, "MnuWhatNews", QStringLiteral("&Nouveautés"), [this] { MnuWhatNews_Click(); });
+    action(aide, "MnuAbout", QStringLiteral("&A propos..."), [this] { APropos(); });
+
+    // Period, base, station, button.
+    auto* central = new QWidget;
+    auto* page = new QVBoxLayout(central);
+    page->setContentsMargins(6, 6, 6, 6);
+    auto* barre = new QHBoxLayout;
+    debut_ = new QDateEdit;
+    fin_ = new QDateEdit;
+    for (QDateEdit* d : {debut_, fin_}) {
+        d->setDisplayFormat("dd/MM/yyyy");
+        d->setCalendarPopup(true);
+    }
+    debut_->setObjectName("TexteDateDebut");
+    fin_->setObjectName("TexteDateFin");
+    comboBases_ = new QComboBox;
+    comboBases_->setObjectName("ComboBases");
+    comboBases_->setMinimumWidth(140);
+    comboStations_ = new QComboBox;
+    comboStations_->setObjectName("ComboStations");
+    comboStations_->setMinimumWidth(180);
+    commandLancer_ = new QPushButton(QStringLiteral("Lancer"));
+    commandLancer_->setObjectName("CommandLancer");
+    commandLancer_->setMinimumWidth(100);
+    barre->addWidget(new QLabel(QStringLiteral("Du")));
+    barre->addWidget(debut_);
+    barre->addWidget(new QLabel(QStringLiteral("au")));
+    barre->addWidget(fin_);
+    barre->addSpacing(16);
+    barre->addWidget(new QLabel(QStringLiteral("Base")));
+    barre->addWidget(comboBases_);
+    barre->addWidget(new QLabel(QStringLiteral("Station")));
+    barre->addWidget(comboStations_);
+    barre->addStretch(1);
+    barre->addWidget(commandLancer_);
+    page->addLayout(barre);
+    connect(comboBases_, &QComboBox::currentIndexChanged, this, [this] { RemplirStations(); });
+    connect(commandLancer_, &QPushButton::clicked, this, [this] { CommandLancer_Click(); });
+    recherche_->onCaption = [this](const std::string& c) {
+        commandLancer_->setText(QString::fromStdString(c));
+    };
+
+    // The grids.
+    const Grid* grilles[4] = {&musique_.quotas, &musique_.top, &musique_.sacem, &publicite_};
+    const char* noms[4] = {"fpSpreadMusique", "fpSpreadTop", "fpSpreadSacem", "fpSpreadPublicite"};
+    for (int i = 0; i < 4; ++i) {
+        modeles_[i] = new ModeleGrille(*grilles[i], this);
+        auto* vue = new QTableView;
+        vue->setObjectName(noms[i]);
+        vue->setHorizontalHeader(new EnteteGrille(vue));
+        vue->setModel(modeles_[i]);
+        vue->setAlternatingRowColors(true);
+        vue->setSelectionMode(QAbstractItemView::ContiguousSelection);
+        vue->setEditTriggers(QAbstractItemView::NoEditTriggers);
+        vue->setWordWrap(false);
+        vue->verticalHeader()->setDefaultSectionSize(vue->fontMetrics().height() + 6);
+        vues_[i] = vue;
+    }
+    sftTabsMain_ = new QTabWidget;
+    sftTabsMain_->setObjectName("SftTabsMain");
+    auto* pageMusique = new QWidget;
+    auto* lm = new QVBoxLayout(pageMusique);
+    lm->setContentsMargins(0, 4, 0, 0);
+    sftTabsMusique_ = new QTabBar;
+    sftTabsMusique_->setObjectName("SftTabsMusique");
+    sftTabsMusique_->setExpanding(false);
+    for (const char* t : {"Quotas", "Top Diffusion", "SACEM"})
+        sftTabsMusique_->addTab(QString::fromUtf8(t));
+    pileMusique_ = new QStackedWidget;
+    for (int i = 0; i < 3; ++i)
+        pileMusique_->addWidget(vues_[i]);
+    lm->addWidget(sftTabsMusique_);
+    lm->addWidget(pileMusique_, 1);
+    auto* pagePub = new QWidget;
+    auto* lp = new QVBoxLayout(pagePub);
+    lp->setContentsMargins(0, 4, 0, 0);
+    sftTabsPublicite_ = new QTabBar;
+    sftTabsPublicite_->setObjectName("SftTabsPublicite");
+    sftTabsPublicite_->setExpanding(false);
+    sftTabsPublicite_->addTab(QStringLiteral("Diffusions"));
+    lp->addWidget(sftTabsPublicite_);
+    lp->addWidget(vues_[3], 1);
+    auto* pageIncidents = new QWidget;
+    auto* li = new QVBoxLayout(pageIncidents);
+    auto* aucun = new QLabel(QStringLiteral("Aucun incident enregistré."));
+    aucun->setAlignment(Qt::AlignCenter);
+    li->addWidget(aucun);
+    sftTabsMain_->addTab(pageMusique, kOngletMusique);
+    sftTabsMain_->addTab(pagePub, kOngletPublicite);
+    sftTabsMain_->addTab(pageIncidents, kOngletIncidents);
+    page->addWidget(sftTabsMain_, 1);
+    setCentralWidget(central);
+    // A tab change lays the tab out, then the caption names the selection.
+    auto changement = [this] {
+        ResizeCurrentOngletMain();
+        QString selection = sftTabsMain_->tabText(sftTabsMain_->currentIndex());
+        if (selection == kOngletMusique)
+            selection += " - " + sftTabsMusique_->tabText(sftTabsMusique_->currentIndex());
+        setWindowTitle(QStringLiteral("%1 - %2").arg(kTitreApplication, selection));
+    };
+    connect(sftTabsMain_, &QTabWidget::currentChanged, this, changement);
+    connect(sftTabsMusique_, &QTabBar::currentChanged, this, changement);
+
+    // Status line, clock.
+    statut_ = new QLabel;
+    date_ = new QLabel;
+    heure_ = new QLabel;
+    statusBar()->addWidget(statut_, 1);
+    statusBar()->addPermanentWidget(date_);
+    statusBar()->addPermanentWidget(heure_);
+    timerHorloge_ = new QTimer(this);
+    timerHorloge_->setInterval(1000);
+    connect(timerHorloge_, &QTimer::timeout, this, [this] {
+        if (!Etat().enSortie) MajHorloge();
+    });
+    timerHorloge_->start();
+    timerVeille_ = new QTimer(this);
+    timerVeille_->setObjectName("TimerVeille");
+    timerVeille_->setInterval(100);
+    connect(timerVeille_, &QTimer::timeout, this, [this] { TimerVeille_Timer(); });
+
+    resize(1100, 680);
+}
+
+void Frm_Main::CreationDesObjets() {
+    TraceProc(Identite("CreationDesObjets"));
+    // Notification area, sockets, the later copies' requests.
+    sysTray_ = new FrmSysTray(this);
+    sysTray_->onRestaurer = [this] { Restaurer(); };
+    sysTray_->onAPropos = [this] { APropos(); };
+    sysTray_->onQuitter = [this] {
+        Restaurer();
+        Quitter();
+    };
+    sockets_ = new SocketUDP(this);
+    sockets_->Ouvrir(PortUDP());
+    serveurInstance_ = new ServeurInstance(this);
+    serveurInstance_->onQuitter = [this] { DemandeDeQuitter(); };
+    serveurInstance_->Ecouter();
+}
+
+void Frm_Main::RemplirStations() {
+    const Configuration& c = Config();
+    const int base = comboBases_->currentData().toInt();
+    comboStations_->clear();
+    for (size_t b = 0; b < c.bases.size(); ++b) {
+        if (base != 0 && base != static_cast<int>(b + 1)) continue;
+        const ConfigBase& cb = c.bases[b];
+        for (size_t s = 0; s < cb.stations.size(); ++s) {
+            QString texte = QString::fromStdString(cb.stations[s].lib);
+            if (base == 0 && c.bases.size() > 1)
+                texte = QString::fromStdString(cb.lib) + " - " + texte;
+            comboStations_->addItem(texte, QVariant::fromValue(QPoint(static_cast<int>(b + 1),
+                                                                     static_cast<int>(s + 1))));
+        }
+    }
+}
+
+void Frm_Main::Statut(const std::string& texte, bool encadre) {
+    if (statut_) statut_->setText(QString::fromStdString(texte));
+    if (encadre) TraceLogEncadre(texte);
+}
+
+void Frm_Main::MajHorloge() {
+    const DateTime now = Svc().clock->Now();
+    date_->setText(QString::fromStdString(FormatDDMMYYYY(now)));
+    heure_->setText(QString::fromStdString(FormatHHMMSS(now)));
+}
+
+std::optional<Rapport> Frm_Main::RapportCourant() const {
+    if (!sftTabsMain_) return std::nullopt;
+    return RapportDeOnglet(sftTabsMain_->tabText(sftTabsMain_->currentIndex()).toStdString(),
+                           sftTabsMusique_->currentIndex());
+}
+
+const Grid* Frm_Main::GrilleCourante() const {
+    const auto r = RapportCourant();
+    return r ? &modeles_[IndexVue(*r)]->Grille() : nullptr;
+}
+
+ModeleGrille* Frm_Main::Modele(Rapport r) const {
+    return modeles_[IndexVue(r)];
+}
+
+QTableView* Frm_Main::Vue(Rapport r) const {
+    return vues_[IndexVue(r)];
+}
+
+DateTime Frm_Main::DebutPeriode() const {
+    return DeQDate(debut_->date());
+}
+
+DateTime Frm_Main::FinPeriode() const {
+    return DeQDate(fin_->date());
+}
+
+void Frm_Main::DefinirPeriode(const DateTime& debut, const DateTime& fin) {
+    debut_->setDate(VersQDate(debut));
+    fin_->setDate(VersQDate(fin));
+}
+
+void Frm_Main::ChoisirRapport(Rapport r) {
+    const OngletsRapport o = OngletsDuRapport(r);
+    for (int i = 0; i < sftTabsMain_->count(); ++i)
+        if (sftTabsMain_->tabText(i).toStdString() == o.ongletMain) sftTabsMain_->setCurrentIndex(i);
+    if (r != Rapport::Publicite) sftTabsMusique_->setCurrentIndex(o.sousOngletMusique);
+}
+
+void Frm_Main::ChoisirStation(int base, int station) {
+    comboBases_->setCurrentIndex(base);
+    for (int i = 0; i < comboStations_->count(); ++i) {
+        const QPoint p = comboStations_->itemData(i).toPoint();
+        if ((base == 0 || p.x() == base) && p.y() == station) {
+            comboStations_->setCurrentIndex(i);
+            return;
+        }
+    }
+}
+
+std::pair<int, int> Frm_Main::StationChoisie() const {
+    const QPoint p = comboStations_->currentData().toPoint();
+    return {p.x(), p.y()};
+}
+
+QAction* Frm_Main::Action(const QString& nom) const {
+    return findChild<QAction*>(nom);
+}
+
+void Frm_Main::SuivreGrilles() {
+    for (ModeleGrille* m : modeles_)
+        if (m) m->Suivre();
+}
+
+void Frm_Main::SuivreGrillesDeTempsEnTemps() {
+    const int64_t maintenant = Svc().clock->Stopwatch();
+    if (dernierSuivi_ >= 0 && maintenant - dernierSuivi_ < 100) return;
+    dernierSuivi_ = maintenant;
+    SuivreGrilles();
+}
+
+void Frm_Main::ResizeCurrentOngletMain() {
+    if (!sftTabsMain_) return;
+    TraceProc("Lib_Resize:ResizeCurrentOngletMain");
+    const QString onglet = sftTabsMain_->tabText(sftTabsMain_->currentIndex());
+    pileMusique_->setCurrentIndex(sftTabsMusique_->currentIndex());
+    for (int i = 0; i < 3; ++i)
+        vues_[i]->setVisible(i == sftTabsMusique_->currentIndex());
+    // Column widths from the grid (characters), the first time a grid is seen.
+    if (const auto r = RapportCourant()) {
+        QTableView* vue = vues_[IndexVue(*r)];
+        const Grid& g = modeles_[IndexVue(*r)]->Grille();
+        const QFontMetrics fm = vue->fontMetrics();
+        const int car = fm.horizontalAdvance(QLatin1Char('0'));
+        for (int c = 1; c <= g.MaxCols(); ++c) {
+            const int entete = fm.horizontalAdvance(QString::fromStdString(g.Text(c, 0))) + 16;
+            if (g.ColWidth(c) > 0) vue->setColumnWidth(c - 1, std::max(entete, g.ColWidth(c) * car + 12));
+        }
+        if (g.ColWidth(0) > 0) vue->verticalHeader()->setMinimumWidth(g.ColWidth(0) * car + 40);
+    }
+    commandLancer_->setEnabled(RapportCourant().has_value() || recherche_->EnCours());
+}
+
+void Frm_Main::ActiverControles(bool actifs) {
+    for (QWidget* w : std::initializer_list<QWidget*>{debut_, fin_, comboBases_, comboStations_,
+                                                      sftTabsMusique_, sftTabsPublicite_})
+        w->setEnabled(actifs);
+    sftTabsMain_->tabBar()->setEnabled(actifs);
+    for (const char* nom : {"Mnu01Veille", "MnuQuitter"})
+        if (QAction* a = Action(nom)) a->setEnabled(true);
+    // Export, print and options stay off until their windows exist.
+}
+
+void Frm_Main::CommandLancer_Click() {
+    const std::string id = Identite("CommandLancer_Click");
+    TraceProc(id);
+    try {
+        if (recherche_->EnCours()) {
+            recherche_->CommandLancer_Click(ParametresRecherche{});  // asks whether to stop
+            return;
+        }
+        const auto rapport = RapportCourant();
+        if (!rapport) return;
+        const auto [base, station] = StationChoisie();
+        if (base < 1 || station < 1) {
+            AffMsg("Veuillez choisir une station.", kTitreApplication, kMbOk | kMbExclamation);
+            return;
+        }
+        const DateTime debut = DebutPeriode();
+        const DateTime fin = FinPeriode();
+        if (DayDiff(debut, fin) < 0) {
+            AffMsg("La date de fin est avant la date de début.", kTitreApplication,
+                   kMbOk | kMbExclamation);
+            return;
+        }
+        const int nbStations = Config().bases[static_cast<size_t>(base - 1)].nbStation;
+        if (!session_.Ouverte() || session_.Base() != base) session_.Ouvrir(base, 1, nbStations);
+        if (!session_.Pret(*rapport, station)) {
+            std::string manquants;
+            for (const std::string& f : session_.FichiersManquants(*rapport, station))
+                manquants += (manquants.empty() ? "" : ", ") + f;
+            AffMsg("La base de données de la station est illisible:\n" + session_.DossierData() +
+                       "\n" + manquants,
+                   kTitreApplication, kMbOk | kMbExclamation);
+            session_.Fermer();
+            return;
+        }
+        // Opening the files and loading the versions list take a moment of their own: the
+        // window gets its turn between them and the walk.
+        Svc().events->DoEvents();
+        if (!Versions().charge) {
+            InitGeneralVersionSons(session_.Source(), station);
+            Svc().events->DoEvents();
+        }
+        ParametresRecherche p;
+        p.rapport = *rapport;
+        p.debut = debut;
+        p.fin = fin;
+        p.station = station;
+        p.source = session_.Source();
+        Etat().rechercheEnCours = true;
+        ActiverControles(false);
+        Statut("Recherche en cours...", false);
+        SablierOn();
+        recherche_->CommandLancer_Click(p);
+        SablierOff();
+        Etat().rechercheEnCours = false;
+        SuivreGrilles();
+        ActiverControles(true);
+        const BilanRecherche& b = recherche_->Bilan();
+        std::string bilan = *rapport == Rapport::Publicite
+                                ? std::to_string(b.diffusionsComptees) + " diffusion(s) comptée(s)"
+                                : std::to_string(b.passagesComptes) + " passage(s) compté(s) sur " +
+                                      std::to_string(b.morceauxLus) + " titre(s)";
+        Statut((b.arretee ? "Recherche arrêtée: " : "Recherche terminée: ") + bilan, false);
+        TraceLog("FrmMain: search: " + bilan + (b.arretee ? " (stopped)" : ""));
+    } catch (const std::exception& e) {
+        SablierOff();
+        Etat().rechercheEnCours = false;
+        ActiverControles(true);
+        TraceErreur(id, 0, e.what());
+    }
+}
+
+void Frm_Main::Mnu01Veille_Click() {
+    if (Etat().enSortie) return;
+    QAction* a = Action("Mnu01Veille");
+    TraceLog(Identite("Mnu01Veille_Click") + ": " + (a->isChecked() ? "ON" : "0FF"));
+    if (a->isChecked()) AllerEnVeille();
+}
+
+void Frm_Main::TimerVeille_Timer() {
+    if (Etat().enSortie) return;
+    if (!isVisible() || !Etat().demandeVeille) return;
+    Etat().demandeVeille = false;
+    timerVeille_->stop();
+    AllerEnVeille();
+}
+
+void Frm_Main::AllerEnVeille() {
+    if (sysTray_->Afficher()) {
+        hide();
+        TraceLog("FrmSysTray: in the notification area");
+    } else {
+        showMinimized();
+        TraceLog("FrmSysTray: no notification area: window minimised");
+    }
+}
+
+void Frm_Main::Restaurer() {
+    sysTray_->Masquer();
+    if (QAction* a = Action("Mnu01Veille")) a->setChecked(false);
+    showNormal();
+    raise();
+    activateWindow();
+}
+
+void Frm_Main::APropos() {
+    AffMsg(std::string(kTitreApplication) + "\nVersion " + kVersionApplication + "\n\n" +
+               "Statistiques de diffusion: quotas, Top Diffusion, SACEM, publicité.\n" +
+               "Poste: " + sys::ComputerName(),
+           "A propos", kMbOk | kMbInformation);
+}
+
+void Frm_Main::MnuWhatNews_Click() {
+    AffMsg(std::string("Version ") + kVersionApplication + ":\n" +
+               "- fenêtre principale: période, base, station, bouton Lancer / Stopper\n" +
+               "- rapports Quotas, Top Diffusion, SACEM et publicité à l'écran\n" +
+               "- icône dans la zone de notification (Veille)",
+           "Nouveautés", kMbOk | kMbInformation);
+}
+
+void Frm_Main::Mnu01Log_Click() {
+    TraceProc(Identite("Mnu01Log_Click"));
+    TraceLogForce();
+    LectureLog();
+}
+
+void Frm_Main::Quitter() {
+    TraceProc(Identite("Quitter"));
+    if (Etat().rechercheEnCours || recherche_->EnCours()) {
+        AffMsg("Voulez ne pouvez pas quitter tant qu'une recherche est en cours", kTitreApplication,
+               kMbOk | kMbInformation);
+        return;
+    }
+    if (Question("Voulez-vous quitter le programme ?", kTitreApplication,
+                 kMbYesNo | kMbQuestion) != kIdYes)
+        return;
+    TraceLogEncadre("Application closed by human action (Menu action)");
+    Etat().enSortie = true;
+    close();
+}
+
+void Frm_Main::DemandeDeQuitter() {
+    if (Etat().rechercheEnCours || recherche_->EnCours()) {
+        TraceLog("FrmMain: a new copy asks this one to quit: refused, a search is running");
+        return;
+    }
+    TraceLog("FrmMain: a new copy asks this one to quit", true);
+    Etat().enSortie = true;
+    close();
+}
+
+void Frm_Main::closeEvent(QCloseEvent* e) {
+    Form_QueryUnload();
+    if (Etat().rechercheEnCours || recherche_->EnCours()) {
+        // The search runs on this window's stack: it must end first.
+        AffMsg("Voulez ne pouvez pas quitter tant qu'une recherche est en cours", kTitreApplication,
+               kMbOk | kMbInformation);
+        e->ignore();
+        return;
+    }
+    if (charge_ && !dechargee_) Form_Unload();
+    e->accept();
+}
+
+void Frm_Main::Form_QueryUnload() {
+    TraceProc(Identite("Form_QueryUnload"));
+}
+
+void Frm_Main::Form_Unload() {
+    const std::string id = Identite("Form_Unload");
+    dechargee_ = true;
+    TraceLog(std::string("---------- ") + kModule + ": Form_Unload: Start");
+    Etat().enSortie = true;
+    try {
+        const Configuration& c = Config();
+        for (size_t b = 0; b < c.bases.size() && b < static_cast<size_t>(kNbMaxBases); ++b)
+            WriteProfileString("Data_Backup", "Start", "0FF", c.bases[b].dossierConfig + "QV_PRG.ini");
+        const int64_t t0 = Svc().clock->Stopwatch();
+        while (Svc().clock->Stopwatch() - t0 <= 500) {
+            Svc().events->DoEvents();
+            Svc().clock->Sleep(10);
+        }
+        const std::string fichier = FichierPositions();
+        PositionFeuilleSauvegarde(*this, fichier);
+        TailleFeuilleSauvegarde(*this, fichier);
+        if (timerVeille_) timerVeille_->stop();
+        if (timerHorloge_) timerHorloge_->stop();
+        if (debugEcran_) debugEcran_->close();
+        if (sysTray_) sysTray_->Masquer();
+        if (sockets_) sockets_->Fermer();
+        // Every file still open, this window's and any other's; the trace says it either way.
+        const bool ouverte = session_.Ouverte();
+        session_.Fermer();
+        FermerTousLesFichiers();
+        if (!ouverte) TraceLog("Pervasive files closed");
+        Svc().events->DoEvents();
+    } catch (const std::exception& e) {
+        TraceErreur(id, 0, e.what());
+    }
+    TraceLog(std::string(kModule) + ": Form_Unload: End");
+    TraceLogForce();
+    // Unload may come from the instance server's own request: let it finish first.
+    if (serveurInstance_) serveurInstance_->deleteLater();
+    serveurInstance_ = nullptr;
+    verrou_.reset();
+    QCoreApplication::quit();
+}
+
+}  // namespace zl3::gui

@@ -1,0 +1,97 @@
+// Screenshots of every window of the tool into a folder, on a demo site, for a look by eye:
+//   xvfb-run -a build/tests/gui/captures_gui ROOT OUT_DIR
+// ROOT is a demo site (zl3-demo); the Quotas, Top Diffusion, SACEM and advertising reports of the
+// last full month of station 1 are run first.
+#include <QApplication>
+#include <QDateEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTabWidget>
+
+#include <cstdio>
+
+#include "Etat.h"
+#include "FrmDebugEcran.h"
+#include "FrmMsgBox.h"
+#include "Frm_Main.h"
+#include "ServicesQt.h"
+#include "Services.h"
+#include "Lib_Systeme.h"
+
+namespace {
+
+class Silencieux : public zl3::MessageBoxUi {
+  public:
+    int Show(const zl3::MessageRequest& r) override { return zl3::CloseButtonAnswer(r.style); }
+};
+
+void Capturer(QWidget& w, const QString& fichier) {
+    QCoreApplication::processEvents();
+    if (!w.grab().save(fichier)) std::fprintf(stderr, "cannot write %s\n", qPrintable(fichier));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: captures_gui ROOT OUT_DIR\n");
+        return 2;
+    }
+    zl3::sys::SetZelvarRoot(argv[1]);
+    const QString out = QString::fromLocal8Bit(argv[2]) + "/";
+    zl3::SystemClock horloge;
+    zl3::SystemShell shell;
+    Silencieux boites;
+    zl3::gui::EventLoopQt evenements;
+    zl3::ScopedServices services(zl3::Services{&boites, &horloge, &evenements, &shell});
+    zl3::gui::Frm_Main w;
+    evenements.avantEvenements = [&w] { w.SuivreGrillesDeTempsEnTemps(); };
+    if (!w.Form_Initialize() || !w.Form_Load()) return 1;
+    w.resize(1280, 720);
+    w.show();
+    const QDate fin = QDate::currentDate().addDays(-QDate::currentDate().day());
+    const zl3::DateTime f{fin.year(), fin.month(), fin.day()};
+    w.DefinirPeriode(zl3::DateTime{fin.year(), fin.month(), 1}, f);
+    w.ChoisirStation(1, 1);
+    Capturer(w, out + "frm_main_start.png");
+    const struct {
+        zl3::Rapport r;
+        const char* nom;
+    } rapports[] = {{zl3::Rapport::Quotas, "quotas"},
+                    {zl3::Rapport::TopDiffusion, "top"},
+                    {zl3::Rapport::Sacem, "sacem"},
+                    {zl3::Rapport::Publicite, "publicite"}};
+    for (const auto& r : rapports) {
+        w.ChoisirRapport(r.r);
+        w.CommandLancer_Click();
+        Capturer(w, out + "frm_main_" + r.nom + ".png");
+    }
+    w.OngletsMain()->setCurrentIndex(2);
+    Capturer(w, out + "frm_main_incidents.png");
+
+    zl3::gui::FrmMsgBoxDialog question(zl3::MessageRequest{
+        "Voulez-vous quitter le programme ?", "Zelvar: Tools Stats", zl3::kMbYesNo | zl3::kMbQuestion});
+    question.show();
+    Capturer(question, out + "frm_msgbox_question.png");
+    zl3::gui::FrmMsgBoxDialog erreur(zl3::MessageRequest{
+        "Application encore chargée en mémoire.\nVeuillez la quitter avant de relancer une autre "
+        "instance de cette application.",
+        "Zelvar: Tools Stats", zl3::kMbOk | zl3::kMbCritical});
+    erreur.show();
+    Capturer(erreur, out + "frm_msgbox_critique.png");
+    question.close();
+    erreur.close();
+
+    w.DebugEcran()->show();
+    Capturer(*w.DebugEcran(), out + "frm_debug_ecran.png");
+    QMenu* outils = w.menuBar()->findChildren<QMenu*>().value(1);
+    if (outils) {
+        outils->popup(w.mapToGlobal(QPoint(60, 20)));
+        Capturer(*outils, out + "menu_outils.png");
+        outils->close();
+    }
+    zl3::Etat().enSortie = true;
+    w.close();
+    return 0;
+}
