@@ -536,6 +536,7 @@ void Frm_Main::CommandLancer_Click() {
             recherche_->CommandLancer_Click(ParametresRecherche{});  // asks whether to stop
             return;
         }
+        if (Etat().rechercheEnCours) return;  // still preparing the search just asked for
         const auto rapport = RapportCourant();
         if (!rapport) return;
         const auto [base, station] = StationChoisie();
@@ -562,6 +563,10 @@ void Frm_Main::CommandLancer_Click() {
             session_.Fermer();
             return;
         }
+        Etat().rechercheEnCours = true;
+        ActiverControles(false);
+        Statut("Recherche en cours...", false);
+        SablierOn();
         // Opening the files and loading the versions list take a moment of their own: the
         // window gets its turn between them and the walk.
         Svc().events->DoEvents();
@@ -575,10 +580,6 @@ void Frm_Main::CommandLancer_Click() {
         p.fin = fin;
         p.station = station;
         p.source = session_.Source();
-        Etat().rechercheEnCours = true;
-        ActiverControles(false);
-        Statut("Recherche en cours...", false);
-        SablierOn();
         recherche_->CommandLancer_Click(p);
         SablierOff();
         Etat().rechercheEnCours = false;

@@ -14,7 +14,12 @@ std::string AdresseInstance() {
 #ifdef _WIN32
     return kNomVerrou;
 #else
-    return sys::DossierTempMachine() + kNomVerrou + ".sock";
+    const std::string chemin = sys::DossierTempMachine() + kNomVerrou + ".sock";
+    // A local socket's path is limited (108 bytes): a deep root gets a name of its own in the
+    // system's temp folder instead.
+    if (chemin.size() < 100) return chemin;
+    return "Zelvar-3.4-" +
+           std::to_string(qHash(QByteArray::fromStdString(sys::FichierVerrouNomme(kNomVerrou))));
 #endif
 }
 

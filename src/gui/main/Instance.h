@@ -17,7 +17,8 @@ namespace zl3::gui {
 
 inline constexpr const char* kNomVerrou = "Zelvar 3.4";
 
-// The local socket's address: beside the named lock in the machine's temp folder.
+// The local socket's address: beside the named lock in the machine's temp folder (a name derived
+// from the lock's path when that path is too long for a local socket).
 std::string AdresseInstance();
 
 // Listens for a later copy's request to quit; `onQuitter` is called for each request.
