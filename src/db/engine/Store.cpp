@@ -510,6 +510,11 @@ void DbFile::MapSharedMemory() {
     }
     sqlite3_finalize(st);
     if (!wal) return;
+    // SQLite must have its own mapping before this one shares it: a file switched to WAL by
+    // this very connection has no log open yet, and a mapping made first would be SQLite's to
+    // free but never known to it. A read of the file opens the log and the index.
+    if (sqlite3_exec(db_, "SELECT count(*) FROM zl3_file", nullptr, nullptr, nullptr) != SQLITE_OK)
+        return;
     volatile void* region = nullptr;
     if (file->pMethods->xShmMap(file, 0, kWalIndexRegion, 0, &region) != SQLITE_OK || !region)
         return;
