@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 tools/bootstrap.sh
 tools/build.sh
 ROOT=${ROOT:-$PWD/demo-site}
-build/src/db/demo/zl3-demo --root "$ROOT"
+build/src/db/demo/zl3-demo --root "$ROOT" --force  # the script's own demo site, made anew
 FROM=$(date -d "$(date +%Y-%m-01) -1 month" +%Y-%m-%d)
 TO=$(date -d "$(date +%Y-%m-01) -1 day" +%Y-%m-%d)
 echo
