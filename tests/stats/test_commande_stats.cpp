@@ -2,6 +2,7 @@
 // totals, the files it writes open in independent readers, wrong arguments and unreadable sites
 // get their exit codes.
 #include <sys/stat.h>
+#include <unistd.h>
 #include <sys/wait.h>
 
 #include <cmath>
@@ -22,9 +23,10 @@ struct Sortie {
     std::string texte;  // standard output and error
 };
 
-Sortie Executer(const std::string& arguments) {
+// Runs a shell command line; its standard output and error are read together.
+Sortie ExecuterShell(const std::string& ligne) {
     Sortie s;
-    const std::string cmd = std::string(ZL3_STATS_EXE) + " " + arguments + " 2>&1";
+    const std::string cmd = ligne + " 2>&1";
     FILE* p = popen(cmd.c_str(), "r");
     if (!p) return s;
     char buf[4096];
@@ -34,6 +36,10 @@ Sortie Executer(const std::string& arguments) {
     const int status = pclose(p);
     s.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return s;
+}
+
+Sortie Executer(const std::string& arguments) {
+    return ExecuterShell(std::string(ZL3_STATS_EXE) + " " + arguments);
 }
 
 // CSV lines split into cells (the reports' texts hold no quotes or line breaks).
@@ -281,6 +287,20 @@ TEST_F(CommandeStats, OutputNeverReplacesAFileBySurprise) {
     const int status = std::system(cmd.c_str());
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
     std::filesystem::remove_all(dossier);
+}
+
+TEST_F(CommandeStats, ReadOnlyDataFolderGivesTheSameReport) {
+    if (::geteuid() != 0) GTEST_SKIP() << "a read-only mount needs its own mount namespace";
+    const std::string data = sys::WithTrailingSep(sys::NativePath(DossierDataDemo(1)));
+    const Sortie ecrivable = Executer(Rapport("sacem", "--format csv"));
+    ASSERT_EQ(ecrivable.code, 0) << ecrivable.texte;
+    // The same report where the data folder is a read-only mount (a backup, a share).
+    const Sortie lecture = ExecuterShell(
+        "unshare -m sh -c 'mount --make-rprivate / && mount --bind " +
+        data + " " + data + " && mount -o remount,bind,ro " + data + " && exec " +
+        ZL3_STATS_EXE + " " + Rapport("sacem", "--format csv") + "'");
+    EXPECT_EQ(lecture.code, 0) << lecture.texte;
+    EXPECT_TRUE(lecture.texte == ecrivable.texte);
 }
 
 TEST_F(CommandeStats, ReadErrorGivesAnIncompleteReportAndExitCode4) {
