@@ -131,7 +131,9 @@ void NoteIncidentBTrieve(const std::string& chemin, int status) {
     std::string texte = ErreurBTrieveLibelle(status, nom);
     while (!texte.empty() && texte.back() == '\n')
         texte.pop_back();
-    Incidents().push_back((nom.empty() ? std::string("?") : nom) + ": " + texte);
+    // Bounded: a long session of a window that keeps meeting errors keeps the first ones.
+    if (Incidents().size() < 1000)
+        Incidents().push_back((nom.empty() ? std::string("?") : nom) + ": " + texte);
 }
 
 void ErreurBTrieve(int source, int fichier, const std::string& cle, const std::string& moduleEtProc,

@@ -232,7 +232,7 @@ void RechercheStats::CommandLancer_Click(const ParametresRecherche& p) {
     arret_ = false;
     bilan_ = BilanRecherche{};
     DefinirCaption("Stopper");
-    const size_t incidentsAvant = IncidentsBTrieve().size();
+    EffaceIncidentsBTrieve();
     try {
         if (rapport == Rapport::Publicite)
             RecherchePublicite(p);
@@ -245,8 +245,7 @@ void RechercheStats::CommandLancer_Click(const ParametresRecherche& p) {
     }
     // Any status reported on the way means that part of the period was not read.
     const auto& incidents = IncidentsBTrieve();
-    for (size_t i = incidentsAvant; i < incidents.size(); ++i)
-        bilan_.erreurs.push_back(incidents[i]);
+    bilan_.erreurs.insert(bilan_.erreurs.end(), incidents.begin(), incidents.end());
     bilan_.incomplete = !bilan_.erreurs.empty();
     std::string avertissement;
     if (bilan_.incomplete) {
