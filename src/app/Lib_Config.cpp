@@ -23,8 +23,7 @@ const char* kDefautConfig = "C:\\Quorvane\\Zelvar\\Config\\";
 // application folder, as the suite's programs, started from there, have always found it.
 std::string Dossier(const std::string& valeur) {
     std::string natif = sys::NativePath(valeur);
-    if (!natif.empty() && fs::path(natif).is_relative())
-        natif = sys::DossierApplication() + natif;
+    if (!natif.empty() && fs::path(natif).is_relative()) natif = sys::DossierApplication() + natif;
     return sys::WithTrailingSep(natif);
 }
 
@@ -207,8 +206,8 @@ bool DetermineDossierConfig() {
             WriteProfileString(section, "NbStation", std::to_string(base.nbStation),
                                c.fichierConfig);
             WriteProfileString(section, "NoStation", "1", c.fichierConfig);
-            WriteProfileString(section, "Dossier_Config_Global",
-                               sys::SuitePath(base.dossierConfig), c.fichierConfig);
+            WriteProfileString(section, "Dossier_Config_Global", sys::SuitePath(base.dossierConfig),
+                               c.fichierConfig);
             base.stations.assign(static_cast<size_t>(base.nbStation), ConfigStation{});
             for (int s = 1; s <= base.nbStation; ++s) {
                 base.stations[s - 1].lib =

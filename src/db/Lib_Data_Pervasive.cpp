@@ -15,8 +15,8 @@
 #include "Lib_Messages.h"
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
-#include "records/Layouts.h"
 #include "Services.h"
+#include "records/Layouts.h"
 
 namespace zl3 {
 namespace {

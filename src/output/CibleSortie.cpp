@@ -62,8 +62,8 @@ ControleCible ControleCibleSortie(const std::string& chemin, bool ecraser) {
     } else if (fs::exists(fs::symlink_status(p, ec))) {
         c.verdict = ecraser ? VerdictCible::Remplacee : VerdictCible::Gardee;
         if (!ecraser)
-            c.message = "le fichier '" + chemin +
-                        "' existe déjà: gardé (--overwrite pour le remplacer)";
+            c.message =
+                "le fichier '" + chemin + "' existe déjà: gardé (--overwrite pour le remplacer)";
     }
     return c;
 }

@@ -16,12 +16,12 @@
 namespace zl3 {
 
 enum class VerdictCible {
-    Libre,       // no file under that name: write it
-    Remplacee,   // an existing file the user asked to replace
-    Gardee,      // an existing file, kept (no request to replace it)
-    Base,        // a database file: never replaced
-    Dossier,     // names a folder
-    NomInvalide, // empty name, no file name at all, or not a regular file
+    Libre,        // no file under that name: write it
+    Remplacee,    // an existing file the user asked to replace
+    Gardee,       // an existing file, kept (no request to replace it)
+    Base,         // a database file: never replaced
+    Dossier,      // names a folder
+    NomInvalide,  // empty name, no file name at all, or not a regular file
 };
 
 struct ControleCible {

@@ -2,8 +2,8 @@
 // totals, the files it writes open in independent readers, wrong arguments and unreadable sites
 // get their exit codes.
 #include <sys/stat.h>
-#include <unistd.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -295,10 +295,10 @@ TEST_F(CommandeStats, ReadOnlyDataFolderGivesTheSameReport) {
     const Sortie ecrivable = Executer(Rapport("sacem", "--format csv"));
     ASSERT_EQ(ecrivable.code, 0) << ecrivable.texte;
     // The same report where the data folder is a read-only mount (a backup, a share).
-    const Sortie lecture = ExecuterShell(
-        "unshare -m sh -c 'mount --make-rprivate / && mount --bind " +
-        data + " " + data + " && mount -o remount,bind,ro " + data + " && exec " +
-        ZL3_STATS_EXE + " " + Rapport("sacem", "--format csv") + "'");
+    const Sortie lecture =
+        ExecuterShell("unshare -m sh -c 'mount --make-rprivate / && mount --bind " + data + " " +
+                      data + " && mount -o remount,bind,ro " + data + " && exec " + ZL3_STATS_EXE +
+                      " " + Rapport("sacem", "--format csv") + "'");
     EXPECT_EQ(lecture.code, 0) << lecture.texte;
     EXPECT_TRUE(lecture.texte == ecrivable.texte);
 }

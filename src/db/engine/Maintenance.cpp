@@ -219,8 +219,8 @@ CheckReport CheckFile(const std::string& path) {
         }
         std::memcpy(name.data(), path.data(), path.size());
         uint32_t length = 0;
-        const int16_t status = BtrCall(kOpen, block, nullptr, &length, name.data(),
-                                       kMaxKeyLength, kModeReadOnly);
+        const int16_t status =
+            BtrCall(kOpen, block, nullptr, &length, name.data(), kMaxKeyLength, kModeReadOnly);
         if (status == kOk)
             BtrCall(kClose, block, nullptr, &length, name.data(), kMaxKeyLength, 0);
         else
