@@ -287,7 +287,9 @@ int16_t DbFile::Open(const std::string& path, bool exclusive, std::unique_ptr<Db
     // reader would belong to it and lock the writers of the file out, and on a read-only folder
     // they cannot be made at all. A full disk is met the same way: the file is read without the
     // side files that cannot be written.
-    int16_t status = kIoError;
+    // A log holding data without its index (a writer died) can only be recovered by a process
+    // that may write: for others the file stays out of reach (46), it is not damaged.
+    int16_t status = kAccessDenied;
     if (f->writable_ || (SideFileExists(path + "-wal") && SideFileExists(path + "-shm")))
         status = f->Connect(false);
     if (status != kOk && !f->writable_ && !LogHoldsData(path)) {
