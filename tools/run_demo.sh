@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 tools/bootstrap.sh
 tools/build.sh
 ROOT=${ROOT:-$PWD/demo-site}
-build/src/db/demo/zl3-demo --root "$ROOT"
+build/src/db/demo/zl3-demo --root "$ROOT" --force  # the script's own demo site, made anew
 if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
     echo
     echo "Zelvar: Tools Stats sur $ROOT (Fichier > Quitter pour sortir)"

@@ -134,4 +134,9 @@ bool CreerSiteDemo(const OptionsSiteDemo& options, std::string& erreur) {
     return true;
 }
 
+bool InstallationPresente() {
+    return sys::FileExists(sys::FichierWinIni()) || sys::FolderExists(sys::DossierApplication()) ||
+           sys::FolderExists(sys::NativePath(DossierDataDemo(1)));
+}
+
 }  // namespace zl3

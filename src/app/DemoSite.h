@@ -18,6 +18,10 @@ struct OptionsSiteDemo {
 // with `erreur` set when something cannot be written.
 bool CreerSiteDemo(const OptionsSiteDemo& options, std::string& erreur);
 
+// True when the machine root already holds an installation of the suite (Win.ini, the
+// application folder or the data folder of a base), which a new demo site would overwrite.
+bool InstallationPresente();
+
 // Data folder of base `base` (1-based) of the demo site, as the suite writes it ("C:\...").
 std::string DossierDataDemo(int base);
 

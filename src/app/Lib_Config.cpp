@@ -19,8 +19,12 @@ namespace {
 const char* kModule = "Lib_Public:";
 const char* kDefautConfig = "C:\\Quorvane\\Zelvar\\Config\\";
 
+// A folder value of the ini files, mapped for use. A relative folder is taken in the
+// application folder, as the suite's programs, started from there, have always found it.
 std::string Dossier(const std::string& valeur) {
-    return sys::WithTrailingSep(sys::NativePath(valeur));
+    std::string natif = sys::NativePath(valeur);
+    if (!natif.empty() && fs::path(natif).is_relative()) natif = sys::DossierApplication() + natif;
+    return sys::WithTrailingSep(natif);
 }
 
 bool EstOn(const std::string& valeur) {
@@ -202,7 +206,7 @@ bool DetermineDossierConfig() {
             WriteProfileString(section, "NbStation", std::to_string(base.nbStation),
                                c.fichierConfig);
             WriteProfileString(section, "NoStation", "1", c.fichierConfig);
-            WriteProfileString(section, "Dossier_Config_Global", base.dossierConfig,
+            WriteProfileString(section, "Dossier_Config_Global", sys::SuitePath(base.dossierConfig),
                                c.fichierConfig);
             base.stations.assign(static_cast<size_t>(base.nbStation), ConfigStation{});
             for (int s = 1; s <= base.nbStation; ++s) {
@@ -221,7 +225,8 @@ bool DetermineDossierConfig() {
                 const std::string v = ReadProfileString(unc ? "Repertoires_UNC" : "Repertoires",
                                                         def.cle, defaut, ini);
                 base.dossiers[d] = Dossier(v.empty() ? defaut : v);
-                WriteProfileString(section, def.cleCopie, base.dossiers[d], c.fichierConfig);
+                WriteProfileString(section, def.cleCopie, sys::SuitePath(base.dossiers[d]),
+                                   c.fichierConfig);
                 TraceLog(std::string(def.cleCopie) + (unc ? " (UNC): " : ": ") + base.dossiers[d]);
             }
 

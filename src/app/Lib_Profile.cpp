@@ -128,7 +128,11 @@ std::string ReadProfileString(const std::string& section, const std::string& key
         if (!inSection) continue;
         std::string lk;
         std::string lv;
-        if (KeyOf(l.text, lk, lv) && EqualsNoCase(lk, k)) return Cp1252ToUtf8(lv);
+        if (KeyOf(l.text, lk, lv) && EqualsNoCase(lk, k)) {
+            // The value ends at a NUL byte, as the system's ini reader returns it.
+            if (const size_t nul = lv.find('\0'); nul != std::string::npos) lv.resize(nul);
+            return Cp1252ToUtf8(lv);
+        }
     }
     return defaultValue;
 }

@@ -121,6 +121,29 @@ std::string NativePath(const std::string& suitePath) {
 #endif
 }
 
+std::string SuitePath(const std::string& nativePath) {
+#ifdef _WIN32
+    return nativePath;
+#else
+    std::string root = ZelvarRoot();
+    if (root.empty()) root = HomeRoot();
+    if (nativePath.rfind(root, 0) != 0) return nativePath;
+    std::string rest = nativePath.substr(root.size());
+    std::string out;
+    if (rest.rfind("UNC/", 0) == 0) {
+        out = "\\" + rest.substr(4);
+    } else if (rest.size() >= 1 && std::isupper(static_cast<unsigned char>(rest[0])) &&
+               (rest.size() == 1 || rest[1] == '/')) {
+        out = std::string(1, rest[0]) + ":" + (rest.size() == 1 ? "\\" : rest.substr(1));
+    } else {
+        return nativePath;
+    }
+    for (char& c : out)
+        if (c == '/') c = '\\';
+    return out;
+#endif
+}
+
 std::string DossierWindows() {
 #ifdef _WIN32
     char buf[MAX_PATH];

@@ -32,6 +32,9 @@ void SetZelvarRoot(const std::string& root);
 // Maps a path as the suite writes it (drive or network path with "\") to a native path. A path
 // that is already native is returned unchanged; "\" become the native separator.
 std::string NativePath(const std::string& suitePath);
+// The inverse: a native path under the machine root back in the suite's form ("C:\AudioLog\"),
+// for the ini files the suite's other programs read. Other paths are returned unchanged.
+std::string SuitePath(const std::string& nativePath);
 
 std::string DossierWindows();      // Windows folder, trailing separator
 std::string FichierWinIni();       // Windows folder & "Win.ini"

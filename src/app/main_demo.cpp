@@ -59,6 +59,14 @@ int main(int argc, char** argv) {
 
     const auto debut = std::chrono::steady_clock::now();
     zl3::sys::SetZelvarRoot(options.racine);
+    // A station's own installation is never replaced by mistake.
+    if (!options.forcer && zl3::InstallationPresente()) {
+        std::fprintf(stderr,
+                     "zl3-demo: %s contient déjà une installation de la suite : rien n'est "
+                     "modifié (--force pour la remplacer)\n",
+                     options.racine.c_str());
+        return 1;
+    }
     std::string erreur;
     zl3::OptionsSiteDemo site;
     site.bases = options.bases;

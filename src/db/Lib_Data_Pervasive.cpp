@@ -15,8 +15,8 @@
 #include "Lib_Messages.h"
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
-#include "records/Layouts.h"
 #include "Services.h"
+#include "records/Layouts.h"
 
 namespace zl3 {
 namespace {
@@ -293,7 +293,8 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
         std::string& h0 = M().historique[static_cast<size_t>(source)][0];
         if (h0.rfind("S:", 0) != 0) h0 = "S:" + PadNumber(StatutBTrieve, 5) + " " + h0;
     }
-    if (operation > kBtrDelete && (fichier == 20 || fichier == 22) && StatutBTrieve == 0)
+    // After every operation but 0..4, whatever its status: the suite has always done so.
+    if (operation > kBtrDelete && (fichier == 20 || fichier == 22))
         NormalisationsHistoriques(fichier);
     return StatutBTrieve;
 }
@@ -324,6 +325,12 @@ std::string CheminFichier(int source, int station, int fichier) {
 bool OuvertureFichierBTrieve(int source, int fichier, const std::string& chemin, uint32_t longueur,
                              int station, int modeOuverture) {
     TraceProc(std::string(kModule) + "OuvertureFichierBTrieve");
+    // The path travels in the key buffer, ended by a NUL: a longer one cannot be named at all.
+    if (chemin.empty() || chemin.size() >= static_cast<size_t>(kLongueurTamponCle) ||
+        chemin.find('\0') != std::string::npos) {
+        StatutBTrieve = 11;
+        return false;
+    }
     if (!sys::FileExists(chemin)) {
         StatutBTrieve = 12;
         return false;
@@ -331,10 +338,20 @@ bool OuvertureFichierBTrieve(int source, int fichier, const std::string& chemin,
     if (fichier == 8 || (fichier >= 43 && fichier <= 46) || fichier == 48 || fichier == 49)
         return false;  // files this tool never reads: no call
     EtatFichier& etat = Etat(source, station, fichier);
-    etat.positionBloc.fill(' ');
-    std::string cle = chemin;
-    StatutBTrieve = BTRieve_Reel(fichier, kBtrOpen, etat.positionBloc.data(), longueur, cle,
-                                 static_cast<int16_t>(modeOuverture));
+    // A file locked by another program of the suite (its transaction, an exclusive open) is
+    // waited for as every other call waits: 1000 ms between tries, ten retries, then reported
+    // by the caller.
+    Clock& clock = *Svc().clock;
+    for (int retries = 0;; ++retries) {
+        etat.positionBloc.fill(' ');
+        std::string cle = chemin;
+        uint32_t l = longueur;
+        StatutBTrieve = BTRieve_Reel(fichier, kBtrOpen, etat.positionBloc.data(), l, cle,
+                                     static_cast<int16_t>(modeOuverture));
+        const int16_t s = StatutBTrieve;
+        if ((s != 81 && s != 84 && s != 85) || retries >= 10) break;
+        clock.Sleep(1000);
+    }
     return StatutBTrieve == 0;
 }
 
@@ -389,6 +406,7 @@ void FichierPervasiveOuvrir(int source, int premiereStation, int derniereStation
             etat.ouvert = true;
         } else if (!(fichier == 8 || (fichier >= 43 && fichier <= 46) || fichier == 48 ||
                      fichier == 49)) {
+            NoteIncidentBTrieve(etat.chemin, StatutBTrieve);
             const std::string msg =
                 etat.chemin + "::" + ErreurBTrieveLibelle(StatutBTrieve, etat.chemin);
             TraceLog("Err: " + NettoieLibErr(msg));
@@ -413,7 +431,11 @@ int16_t CreerFichierVide(const std::string& chemin) {
     std::memset(pos, ' ', sizeof pos);
     std::vector<char> cle(chemin.begin(), chemin.end());
     cle.push_back('\0');
-    uint32_t longueur = static_cast<uint32_t>(structure.size());
+    // The creation specification is passed with the data length 160, the room the suite has
+    // always given it (every catalogue entry fits).
+    constexpr uint32_t kLongueurCreation = 160;
+    if (structure.size() < kLongueurCreation) structure.resize(kLongueurCreation, 0);
+    uint32_t longueur = kLongueurCreation;
     StatutBTrieve = AppelMoteur(kBtrCreate, pos, structure.data(), &longueur, cle.data(),
                                 static_cast<uint8_t>(std::min<size_t>(chemin.size(), 255)), 0);
     TraceLog("CreerFichierVide: " + chemin + " Status: " + std::to_string(StatutBTrieve));

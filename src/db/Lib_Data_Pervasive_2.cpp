@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "Catalogue.h"
 #include "Cp1252.h"
 #include "Lib_Data_Pervasive.h"
 #include "Lib_Messages.h"
@@ -106,6 +107,33 @@ std::string ErreurBTrieveLibelle(int status, const std::string& nomFichier) {
 
 void ResetErreursReseau() {
     DernierRapportReseau().reset();
+    EffaceIncidentsBTrieve();
+}
+
+namespace {
+std::vector<std::string>& Incidents() {
+    static std::vector<std::string> incidents;
+    return incidents;
+}
+}  // namespace
+
+const std::vector<std::string>& IncidentsBTrieve() {
+    return Incidents();
+}
+
+void EffaceIncidentsBTrieve() {
+    Incidents().clear();
+}
+
+void NoteIncidentBTrieve(const std::string& chemin, int status) {
+    const size_t slash = chemin.find_last_of("/\\");
+    const std::string nom = slash == std::string::npos ? chemin : chemin.substr(slash + 1);
+    std::string texte = ErreurBTrieveLibelle(status, nom);
+    while (!texte.empty() && texte.back() == '\n')
+        texte.pop_back();
+    // Bounded: a long session of a window that keeps meeting errors keeps the first ones.
+    if (Incidents().size() < 1000)
+        Incidents().push_back((nom.empty() ? std::string("?") : nom) + ": " + texte);
 }
 
 void ErreurBTrieve(int source, int fichier, const std::string& cle, const std::string& moduleEtProc,
@@ -118,6 +146,9 @@ void ErreurBTrieve(int source, int fichier, const std::string& cle, const std::s
         StatutDejaSignale = true;
         if (station < 1) station = 1;
         const std::string chemin = CheminFichier(source, station, fichier);
+        if (status != 80)
+            NoteIncidentBTrieve(chemin.empty() ? cat::NomFichier(fichier, station - 1) : chemin,
+                                status);
         const DateTime now = Svc().clock->Now();
         std::string msg = FormatDDMMYYYY(now) + " " + FormatHHMMSS(now) + "\n";
         msg += "Poste: " + sys::ComputerName() + " Utilisateur: " + sys::UserName() + "\n";

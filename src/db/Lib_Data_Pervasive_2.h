@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace zl3 {
 
@@ -18,5 +19,13 @@ void ErreurBTrieve(int source, int fichier, const std::string& cle, const std::s
 
 // Forgets when the last network error was shown (tests; a new run).
 void ResetErreursReseau();
+
+// Every status reported (by ErreurBTrieve, or by a failed open) since the last
+// EffaceIncidentsBTrieve, one line each: the file name, ": ", and the status text without its
+// line feed ("FRADA47.bt6: Err: 2: The application encountered an I/O error"). A run that meets
+// one has not read everything it meant to read.
+const std::vector<std::string>& IncidentsBTrieve();
+void EffaceIncidentsBTrieve();
+void NoteIncidentBTrieve(const std::string& chemin, int status);
 
 }  // namespace zl3

@@ -7,6 +7,7 @@
 #include <new>
 #include <optional>
 
+#include "CibleSortie.h"
 #include "ClasseurXlsx.h"
 #include "FichierXml.h"
 #include "Lib_Messages.h"
@@ -217,6 +218,14 @@ ResultatExport ExporteGrille(const Grid& grille, const DemandeExport& demande,
         }
         chemin = AvecExtension(chemin, demande.format);
         resultat.chemin = chemin;
+        // A folder, or a database file of the suite, is never replaced by an export.
+        if (const ControleCible c = ControleCibleSortie(chemin, true); !c.Accepte()) {
+            resultat.issue = IssueExport::Refuse;
+            resultat.erreur = c.message;
+            TraceLog("Err: " + origine + ": " + c.message);
+            AffMsg(c.message, kTitreApplication, kMbExclamation);
+            return resultat;
+        }
 
         if (sys::FileExists(chemin)) {
             if (Question("Le fichier '" + chemin + "' existe déjà. Ecraser ?", kTitreApplication,

@@ -147,10 +147,15 @@ DescriptionPub DecrireLignePub(const ParametresRecherche& p, const std::string& 
 }  // namespace
 
 std::string TextePourcentage(long long count, long long base) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%.1f",
-                  static_cast<double>(count) / static_cast<double>(base) * 100.0);
-    return std::string(buf) + " %";
+    if (base == 0) return {};
+    // Tenths of a percent, a half rounded away from zero as the suite's number format does
+    // (1 of 16 is 6.25 %, shown "6.3 %"): computed on integers, where a half is exact.
+    const bool negatif = (count < 0) != (base < 0);
+    const unsigned long long n = static_cast<unsigned long long>(count < 0 ? -count : count);
+    const unsigned long long b = static_cast<unsigned long long>(base < 0 ? -base : base);
+    const unsigned long long dixiemes = (n * 2000ULL + b) / (2ULL * b);
+    const std::string texte = std::to_string(dixiemes / 10) + "." + std::to_string(dixiemes % 10);
+    return (negatif && dixiemes != 0 ? "-" : "") + texte + " %";
 }
 
 void TotauxEtPourcentages(Grid& g) {
@@ -207,6 +212,13 @@ void RechercheStats::Attendre(int fichier) {
     std::copy(sauvegarde.begin(), sauvegarde.end(), tampon.begin());
 }
 
+std::string TexteRapportIncomplet(const std::vector<std::string>& erreurs) {
+    std::string texte = "Rapport incomplet: erreur de lecture de la base";
+    for (const std::string& e : erreurs)
+        texte += "\n  " + e;
+    return texte;
+}
+
 void RechercheStats::CommandLancer_Click(const ParametresRecherche& p) {
     TraceProc(kOrigine);
     if (enCours_) {
@@ -220,6 +232,7 @@ void RechercheStats::CommandLancer_Click(const ParametresRecherche& p) {
     arret_ = false;
     bilan_ = BilanRecherche{};
     DefinirCaption("Stopper");
+    EffaceIncidentsBTrieve();
     try {
         if (rapport == Rapport::Publicite)
             RecherchePublicite(p);
@@ -228,7 +241,18 @@ void RechercheStats::CommandLancer_Click(const ParametresRecherche& p) {
         bilan_.effectuee = true;
     } catch (const std::exception& e) {
         TraceErreur(kOrigine, 0, e.what());
+        bilan_.erreurs.push_back(std::string("Erreur: ") + e.what());
     }
+    // Any status reported on the way means that part of the period was not read.
+    const auto& incidents = IncidentsBTrieve();
+    bilan_.erreurs.insert(bilan_.erreurs.end(), incidents.begin(), incidents.end());
+    bilan_.incomplete = !bilan_.erreurs.empty();
+    std::string avertissement;
+    if (bilan_.incomplete) {
+        avertissement = TexteRapportIncomplet(bilan_.erreurs);
+        TraceLog(avertissement);
+    }
+    GrilleDuRapport(musique_, publicite_, rapport).SetWarning(avertissement);
     bilan_.arretee = arret_;
     enCours_ = false;
     DefinirCaption("Lancer");

@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "DateTime.h"
 #include "Grid.h"
@@ -39,6 +40,10 @@ struct BilanRecherche {
     int diffusionsComptees = 0;  // broadcasts counted (advertising)
     bool arretee = false;        // stopped by the user
     bool effectuee = false;      // a search ran
+    // Read errors met on the way: the counts are those of the part read before them. One line
+    // per error, file name and status text.
+    bool incomplete = false;
+    std::vector<std::string> erreurs;
 };
 
 // A row of the play counts (FrmStatsPassages): a track and its broadcasts over the period.
@@ -49,6 +54,9 @@ struct PassagesMorceau {
     std::string categorie;
     long nb = 0;
 };
+
+// The warning of an incomplete report, as the grid's status and the command line show it.
+std::string TexteRapportIncomplet(const std::vector<std::string>& erreurs);
 
 class RechercheStats {
   public:

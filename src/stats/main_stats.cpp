@@ -2,14 +2,15 @@
 // monthly reports.
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
+#include "CibleSortie.h"
 #include "Demarrage.h"
 #include "FichierPdf.h"
 #include "GrilleTexte.h"
 #include "Lib_Config.h"
 #include "Lib_Data_Pervasive.h"
+#include "Lib_Data_Pervasive_2.h"
 #include "Lib_Export.h"
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
@@ -37,9 +38,12 @@ const char* kUsage =
     "                 xml ou pdf (la page imprimée du rapport)\n"
     "  --out FILE     écrit le résultat dans FILE au lieu de la sortie standard (obligatoire\n"
     "                 pour xls, xlsx, xml et pdf; l'extension est ajoutée si elle manque)\n"
-    "  --overwrite    remplace un fichier xls, xlsx, xml ou pdf existant (sinon il est gardé)\n"
+    "  --overwrite    remplace un fichier existant (sinon il est gardé); un fichier de la\n"
+    "                 base de données (.bt6 et ses fichiers -wal, -shm) n'est jamais remplacé\n"
     "  --versions     regroupe les versions d'une même chanson (Top Diffusion, SACEM)\n"
-    "Codes de sortie: 0 succès, 1 site illisible ou erreur d'écriture, 2 arguments incorrects.\n";
+    "Codes de sortie: 0 succès; 1 site illisible, fichier existant gardé ou erreur d'écriture;\n"
+    "2 arguments incorrects (dont un --out vide, un dossier ou un fichier de la base);\n"
+    "4 rapport incomplet (erreur de lecture de la base: le résultat écrit est partiel).\n";
 
 // Messages of the export step on the console; its overwrite question is answered by
 // --overwrite.
@@ -114,6 +118,25 @@ int main(int argc, char** argv) {
         if (format != "table" && format != "csv" && !options.Valeur("out"))
             return Usage("l'option --out est obligatoire pour le format " + format);
     }
+    // The output file is checked before anything is read: a name that can never be written
+    // is a usage error, an existing file kept ends the run before the search.
+    std::string cible;
+    if (const auto out = options.Valeur("out"); out && !options.A("summary")) {
+        cible = *out;
+        // The name as given must name a file before the extension is added.
+        if (const ControleCible brut = ControleCibleSortie(cible, true); !brut.Accepte())
+            return Usage(brut.message);
+        if (format == "xls") cible = AvecExtension(cible, FormatExport::Xls);
+        if (format == "xml") cible = AvecExtension(cible, FormatExport::Xml);
+        if (format == "xlsx") cible = AvecExtension(cible, FormatExport::Xlsx);
+        if (format == "pdf") cible = AvecExtensionPdf(cible);
+        const ControleCible controle = ControleCibleSortie(cible, options.A("overwrite"));
+        if (controle.verdict == VerdictCible::Gardee) {
+            std::fprintf(stderr, "zl3-stats: %s\n", controle.message.c_str());
+            return 1;
+        }
+        if (!controle.Accepte()) return Usage(controle.message);
+    }
 
     if (!sys::FolderExists(*root)) {
         std::fprintf(stderr, "zl3-stats: dossier racine introuvable: %s\n", root->c_str());
@@ -165,6 +188,14 @@ int main(int argc, char** argv) {
     recherche.CommandLancer_Click(p);
     session.Fermer();
     TraceLogForce();
+    // A report that met read errors is written all the same, and said to be incomplete.
+    const BilanRecherche& bilan = recherche.Bilan();
+    const int codeFin = bilan.incomplete ? 4 : 0;
+    auto termine = [&](int code) {
+        if (bilan.incomplete)
+            std::fprintf(stderr, "zl3-stats: %s\n", TexteRapportIncomplet(bilan.erreurs).c_str());
+        return code;
+    };
 
     Grid& grille = GrilleDuRapport(musique, publicite, *rapport);
     if (format == "pdf") {
@@ -172,15 +203,15 @@ int main(int argc, char** argv) {
             st <= static_cast<int>(b.stations.size()) ? b.stations[static_cast<size_t>(st - 1)].lib
                                                        : std::string();
         SystemClock horloge;
-        const ResultatEcriture r = ImprimeRapportPdf(
-            grille, *rapport, *debut, *fin, b.lib, libStation, horloge.Now(),
-            AvecExtensionPdf(*options.Valeur("out")), options.A("overwrite"));
-        if (r.ok) return 0;
+        const ResultatEcriture r =
+            ImprimeRapportPdf(grille, *rapport, *debut, *fin, b.lib, libStation, horloge.Now(),
+                              cible, options.A("overwrite"));
+        if (r.ok) return termine(codeFin);
         std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
-        return 1;
+        return termine(1);
     }
     if (format == "xls" || format == "xlsx" || format == "xml") {
-        const std::string out = *options.Valeur("out");
+        const std::string out = cible;
         MessagesConsole console(options.A("overwrite"));
         ScopedServices services(Services{&console, nullptr, nullptr, nullptr});
         ReglagesExport reglages;
@@ -191,25 +222,29 @@ int main(int argc, char** argv) {
             grille, *rapport, std::to_string(st), *debut, *fin, reglages,
             [&](const std::string&, const std::string&, const std::string&) { return out; });
         TraceLogForce();
-        if (r.Ok()) return 0;
+        if (r.Ok()) return termine(codeFin);
         if (r.issue == IssueExport::NonEcrase)
             std::fprintf(stderr,
                          "zl3-stats: fichier existant gardé (--overwrite pour le remplacer)\n");
         else if (!r.erreur.empty())
             std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
-        return 1;
+        return termine(1);
     }
     const std::string texte = format == "csv" ? GrilleEnCsv(grille) : GrilleEnTableau(grille);
-    if (const auto out = options.Valeur("out")) {
-        std::ofstream f(*out, std::ios::binary | std::ios::trunc);
-        f << texte;
-        f.close();
-        if (!f) {
-            std::fprintf(stderr, "zl3-stats: impossible d'écrire %s\n", out->c_str());
-            return 1;
+    if (options.Valeur("out")) {
+        const ResultatEcriture e = EcritTexteSortie(cible, texte);
+        if (!e.ok) {
+            std::fprintf(stderr, "zl3-stats: impossible d'écrire %s: %s\n", cible.c_str(),
+                         e.erreur.c_str());
+            return termine(1);
         }
     } else {
-        std::fputs(texte.c_str(), stdout);
+        // A full disk or a closed pipe behind the standard output is a failure, not a report.
+        const bool ecrit = std::fwrite(texte.data(), 1, texte.size(), stdout) == texte.size();
+        if (!ecrit || std::fflush(stdout) != 0 || std::ferror(stdout)) {
+            std::fprintf(stderr, "zl3-stats: impossible d'écrire la sortie standard\n");
+            return termine(1);
+        }
     }
-    return 0;
+    return termine(codeFin);
 }

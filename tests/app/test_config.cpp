@@ -37,13 +37,29 @@ TEST_F(ConfigTest, NoWinIniGivesOneBaseInTheApplicationConfigFolder) {
     EXPECT_EQ(c.bases[0].dossiers[kRepLocal], P("C:\\Quorvane\\Zelvar\\"));
     // The copy holds what was resolved.
     EXPECT_EQ(ReadProfileString("Site", "NbBase", "", Copie()), "1");
-    EXPECT_EQ(ReadProfileString("Base_01", "Dossier_Data", "", Copie()), P("C:\\BTRieve\\Data\\"));
+    // Folders stay in the suite's form in the copy, for the suite's other programs.
+    EXPECT_EQ(ReadProfileString("Base_01", "Dossier_Data", "", Copie()), "C:\\BTRieve\\Data\\");
+    EXPECT_EQ(ReadProfileString("Base_01", "Dossier_Log", "", Copie()), "C:\\AudioLog\\");
     EXPECT_EQ(ReadProfileString("Base_01_Station_01", "Lib", "", Copie()), "Station 01");
     // The default configuration folder was traced as initialised.
     bool traced = false;
     for (const auto& l : Trace().lines)
         if (l.find("Dossier de config initialisé à '") != std::string::npos) traced = true;
     EXPECT_TRUE(traced);
+}
+
+TEST_F(ConfigTest, RelativeAndNulFolderValues) {
+    std::string err;
+    ASSERT_TRUE(CreerSiteDemo(OptionsSiteDemo{1, 1}, err)) << err;
+    const std::string config = "C:\\Quorvane\\Zelvar\\Config\\";
+    // A relative data folder is in the application folder, wherever the tool is started from.
+    Sys(config, "Repertoires", "REPBTR", "Donnees\\Base");
+    // A value of NUL bytes reads as empty: the default folder.
+    Sys(config, "Repertoires", "REPLOG", std::string(3, '\0'));
+    ASSERT_TRUE(DetermineDossierConfig());
+    const Configuration& c = Config();
+    EXPECT_EQ(c.bases[0].dossiers[kRepBtr], P("C:\\Quorvane\\Zelvar\\Donnees\\Base\\"));
+    EXPECT_EQ(c.bases[0].dossiers[kRepLog], P("C:\\AudioLog\\"));
 }
 
 TEST_F(ConfigTest, DemoSiteResolvesStationsFoldersAndAccents) {
@@ -71,7 +87,7 @@ TEST_F(ConfigTest, SeveralBasesEachWithItsOwnFolder) {
     EXPECT_EQ(c.bases[1].lib, "Fréquence Côte d'Opale");
     EXPECT_EQ(c.bases[2].dossiers[kRepBtr], P("C:\\BTRieve\\Data\\Base03\\"));
     EXPECT_EQ(ReadProfileString("Base_03", "Dossier_Config_Global", "", Copie()),
-              P("C:\\Quorvane\\Zelvar\\Config\\Base03\\"));
+              "C:\\Quorvane\\Zelvar\\Config\\Base03\\");
     EXPECT_EQ(ReadProfileString("Base_02_Station_02", "Actif", "", Copie()), "1");
     EXPECT_EQ(DetermineDossierConfig_Bases_Nombre(), 3);
     EXPECT_EQ(DetermineDossierConfig_Bases_Dossier(2), P("C:\\Quorvane\\Zelvar\\Config\\Base02\\"));

@@ -1,7 +1,9 @@
 // zl3-stats end to end on a small generated demo site: every report's rows add up to its
 // totals, the files it writes open in independent readers, wrong arguments and unreadable sites
 // get their exit codes.
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -21,9 +23,10 @@ struct Sortie {
     std::string texte;  // standard output and error
 };
 
-Sortie Executer(const std::string& arguments) {
+// Runs a shell command line; its standard output and error are read together.
+Sortie ExecuterShell(const std::string& ligne) {
     Sortie s;
-    const std::string cmd = std::string(ZL3_STATS_EXE) + " " + arguments + " 2>&1";
+    const std::string cmd = ligne + " 2>&1";
     FILE* p = popen(cmd.c_str(), "r");
     if (!p) return s;
     char buf[4096];
@@ -33,6 +36,10 @@ Sortie Executer(const std::string& arguments) {
     const int status = pclose(p);
     s.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return s;
+}
+
+Sortie Executer(const std::string& arguments) {
+    return ExecuterShell(std::string(ZL3_STATS_EXE) + " " + arguments);
 }
 
 // CSV lines split into cells (the reports' texts hold no quotes or line breaks).
@@ -271,6 +278,81 @@ TEST_F(CommandeStats, WrongArgumentsAndUnreadableSites) {
     s = Executer("--root " + vide + "absent --summary");
     EXPECT_EQ(s.code, 1);
     std::filesystem::remove_all(vide);
+    sys::SetZelvarRoot(root_);
+}
+
+TEST_F(CommandeStats, OutputNeverReplacesAFileBySurprise) {
+    const std::string dossier = test::NewTempDir("zl3stats-sortie");
+    const std::string csv = dossier + "/quotas.csv";
+    test::WriteFile(csv, "gardé\n");
+    Sortie s = Executer(Rapport("quotas", "--format csv --out " + csv));
+    EXPECT_EQ(s.code, 1) << s.texte;
+    EXPECT_NE(s.texte.find("existe déjà"), std::string::npos) << s.texte;
+    EXPECT_EQ(test::ReadFile(csv), "gardé\n");
+    s = Executer(Rapport("quotas", "--format csv --overwrite --out " + csv));
+    EXPECT_EQ(s.code, 0) << s.texte;
+    EXPECT_EQ(Csv(test::ReadFile(csv)).size(), 3u + 31u + 1u);
+
+    // The station's own database files, even with --overwrite, and names that are no file.
+    const std::string base = sys::WithTrailingSep(sys::NativePath(DossierDataDemo(1)));
+    const std::string historique = test::ReadFile(base + "FRADA47.bt6");
+    const std::string tube = dossier + "/tube";
+    ASSERT_EQ(::mkfifo(tube.c_str(), 0600), 0);
+    for (const std::string& cible : {base + "FRADA47.bt6", base + "FRADA47.bt6-wal",
+                                     base + "fradb22.BT6", std::string("''"), dossier, tube}) {
+        s = Executer(Rapport("quotas", "--format csv --overwrite --out " + cible));
+        EXPECT_EQ(s.code, 2) << cible << "\n" << s.texte;
+    }
+    EXPECT_TRUE(test::ReadFile(base + "FRADA47.bt6") == historique);
+    EXPECT_FALSE(std::filesystem::exists(base + "FRADA47.bt6-wal"));
+    s = Executer(Rapport("quotas", "--format xls --out " + dossier));
+    EXPECT_EQ(s.code, 2) << s.texte;
+    EXPECT_FALSE(std::filesystem::exists(dossier + ".xls"));
+
+    // A write that fails is a failure: no folder to write in, a full standard output.
+    s = Executer(Rapport("quotas", "--format csv --out " + dossier + "/absent/q.csv"));
+    EXPECT_EQ(s.code, 1) << s.texte;
+    const std::string cmd = std::string(ZL3_STATS_EXE) + " " + Rapport("quotas") + " >/dev/full";
+    const int status = std::system(cmd.c_str());
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+    std::filesystem::remove_all(dossier);
+}
+
+TEST_F(CommandeStats, ReadOnlyDataFolderGivesTheSameReport) {
+    if (::geteuid() != 0) GTEST_SKIP() << "a read-only mount needs its own mount namespace";
+    const std::string data = sys::WithTrailingSep(sys::NativePath(DossierDataDemo(1)));
+    const Sortie ecrivable = Executer(Rapport("sacem", "--format csv"));
+    ASSERT_EQ(ecrivable.code, 0) << ecrivable.texte;
+    // The same report where the data folder is a read-only mount (a backup, a share).
+    const Sortie lecture =
+        ExecuterShell("unshare -m sh -c 'mount --make-rprivate / && mount --bind " + data + " " +
+                      data + " && mount -o remount,bind,ro " + data + " && exec " + ZL3_STATS_EXE +
+                      " " + Rapport("sacem", "--format csv") + "'");
+    EXPECT_EQ(lecture.code, 0) << lecture.texte;
+    EXPECT_TRUE(lecture.texte == ecrivable.texte);
+}
+
+TEST_F(CommandeStats, ReadErrorGivesAnIncompleteReportAndExitCode4) {
+    // A copy of the site whose tracks file has damaged pages past its first tenth.
+    const std::string copie = test::NewTempDir("zl3stats-abime");
+    std::filesystem::copy(root_, copie, std::filesystem::copy_options::recursive);
+    sys::SetZelvarRoot(copie);
+    const std::string morceaux =
+        sys::WithTrailingSep(sys::NativePath(DossierDataDemo(1))) + "FRADA22.bt6";
+    std::string octets = test::ReadFile(morceaux);
+    ASSERT_GT(octets.size(), 40000u);
+    for (size_t page = octets.size() / 4096 / 5; page * 4096 + 4096 <= octets.size(); page += 2)
+        std::fill_n(octets.begin() + static_cast<long>(page * 4096 + 100), 3000, '\xA5');
+    test::WriteFile(morceaux, octets);
+    const Sortie s = Executer("--root " + copie +
+                              " --station 1 --report quotas --from 2026-10-01 --to 2026-10-31 "
+                              "--format csv");
+    EXPECT_EQ(s.code, 4) << s.texte;
+    EXPECT_NE(s.texte.find("Rapport incomplet"), std::string::npos) << s.texte;
+    EXPECT_NE(s.texte.find("FRADA22.bt6: Err: 2: The application encountered an I/O error"),
+              std::string::npos)
+        << s.texte;
+    std::filesystem::remove_all(copie);
     sys::SetZelvarRoot(root_);
 }
 

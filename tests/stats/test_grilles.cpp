@@ -145,6 +145,10 @@ TEST(Grille, PercentageFormat) {
     EXPECT_EQ(TextePourcentage(2, 3), "66.7 %");
     EXPECT_EQ(TextePourcentage(5, 5), "100.0 %");
     EXPECT_EQ(TextePourcentage(0, 5), "0.0 %");
+    // A half is rounded away from zero.
+    EXPECT_EQ(TextePourcentage(1, 16), "6.3 %");
+    EXPECT_EQ(TextePourcentage(99, 176), "56.3 %");
+    EXPECT_EQ(TextePourcentage(3, 16), "18.8 %");
 }
 
 TEST(Grille, CsvQuotesWhatNeedsQuoting) {

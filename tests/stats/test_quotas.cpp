@@ -1,5 +1,6 @@
 // The music quotas report on small hand-built databases.
 #include "BaseTest.h"
+#include "Btrieve.h"
 #include "Lib_Stats.h"
 #include "Lib_Tableur.h"
 #include "Recherche.h"
@@ -222,6 +223,39 @@ TEST_F(QuotasTest, StopMidRunStillWritesTotals) {
     EXPECT_FALSE(recherche.Bilan().arretee);
     EXPECT_EQ(g.Text(kColFr, 2), "60");
     EXPECT_EQ(events.calls, 4);  // every 20 tracks: once before the stop, three times after
+}
+
+TEST_F(QuotasTest, ReadErrorMidRunMarksTheReportIncomplete) {
+    for (int i = 1; i <= 5; ++i) {
+        const std::string cle = "010" + PadNumber(i, 5);
+        Morceau(cle, "O");
+        Historique(cle, {At(2026, 3, 10, 10)});
+    }
+    Grid& g = Lancer(At(2026, 3, 10), At(2026, 3, 10));
+    EXPECT_FALSE(recherche.Bilan().incomplete);
+    EXPECT_EQ(g.Warning(), "");
+    EXPECT_EQ(g.Text(kColFr, 2), "5");
+    // The walk of the tracks meets a damaged page after the second track.
+    int suivants = 0;
+    DefinirBtrcall([&](uint16_t op, void* pos, void* data, uint32_t* len, void* key, uint8_t kl,
+                       int8_t kn) -> int16_t {
+        if (data == TamponEnreg(kFichierMorceaux).data() && op == kBtrGetNext && ++suivants == 2)
+            return 2;
+        return btr::BtrCall(op, pos, data, len, key, kl, kn);
+    });
+    Lancer(At(2026, 3, 10), At(2026, 3, 10));
+    const BilanRecherche& bilan = recherche.Bilan();
+    EXPECT_TRUE(bilan.incomplete);
+    ASSERT_EQ(bilan.erreurs.size(), 1u);
+    EXPECT_EQ(bilan.erreurs[0], "FRADA22.bt6: Err: 2: The application encountered an I/O error");
+    EXPECT_EQ(g.Warning(), TexteRapportIncomplet(bilan.erreurs));
+    EXPECT_EQ(g.Warning().rfind("Rapport incomplet", 0), 0u);
+    EXPECT_EQ(g.Text(kColFr, 2), "2");
+    // A new complete run clears the warning.
+    DefinirBtrcall(nullptr);
+    Lancer(At(2026, 3, 10), At(2026, 3, 10));
+    EXPECT_FALSE(recherche.Bilan().incomplete);
+    EXPECT_EQ(g.Warning(), "");
 }
 
 TEST_F(QuotasTest, NewRunClearsTheGridAndYieldsEveryTwentyTracks) {

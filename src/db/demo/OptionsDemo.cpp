@@ -27,12 +27,15 @@ const char* UsageDemo() {
            "  --end DATE     dernier jour de l'historique, AAAA-MM-JJ (défaut : la veille ;\n"
            "                 donner --end pour obtenir des fichiers reproductibles)\n"
            "  --seed N       graine du tirage, 0 à 9223372036854775807 (défaut 1) : mêmes\n"
-           "                 options, mêmes enregistrements\n";
+           "                 options, mêmes enregistrements\n"
+           "  --force        remplace une installation déjà présente sous DIR (sans cette\n"
+           "                 option, un DIR qui en contient une est refusé : sa base est gardée)\n";
 }
 
 Analyse AnalyserOptionsDemo(int argc, char** argv, const DateTime& aujourdhui, OptionsDemo& options,
                             std::string& message) {
-    OptionsLigne ligne({"root", "bases", "stations", "tracks", "days", "end", "seed"}, {"help"});
+    OptionsLigne ligne({"root", "bases", "stations", "tracks", "days", "end", "seed"},
+                       {"help", "force"});
     long long bases = options.bases, stations = options.stations, morceaux = options.morceaux,
               jours = options.jours, graine = static_cast<long long>(options.graine);
     if (!ligne.Analyse(argc, argv) || !ligne.Entier("bases", 1, 20, bases) ||
@@ -74,6 +77,7 @@ Analyse AnalyserOptionsDemo(int argc, char** argv, const DateTime& aujourdhui, O
     }
 
     options.racine = *racine;
+    options.forcer = ligne.A("force");
     options.bases = static_cast<int>(bases);
     options.stations = static_cast<int>(stations);
     options.morceaux = static_cast<int>(morceaux);

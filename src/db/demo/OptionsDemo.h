@@ -16,6 +16,7 @@ struct OptionsDemo {
     int jours = 365;
     DateTime fin;  // last day of the history; yesterday unless --end is given
     uint64_t graine = 1;
+    bool forcer = false;  // --force: replace an installation already under the root
 };
 
 enum class Analyse { Continuer, Aide, Erreur };

@@ -102,6 +102,51 @@ void CheckRecords(sqlite3* db, const FileDef& def, int64_t counter, CheckReport&
     if (rc != SQLITE_DONE) Problem(r, SqliteProblem(db, "reading records"));
 }
 
+// What the engine's open requires besides the records: the version mark of the layout and
+// one index per key, unique for the keys without duplicates.
+void CheckStructure(sqlite3* db, const FileDef& def, CheckReport& r) {
+    {
+        Stmt v;
+        if (sqlite3_prepare_v2(db, "PRAGMA user_version", -1, &v.st, nullptr) != SQLITE_OK ||
+            sqlite3_step(v.st) != SQLITE_ROW) {
+            Problem(r, SqliteProblem(db, "version mark"));
+            return;
+        }
+        const int64_t version = sqlite3_column_int64(v.st, 0);
+        if (version != kSchemaVersion)
+            Problem(r, "version mark " + std::to_string(version) + " instead of " +
+                           std::to_string(kSchemaVersion));
+    }
+    Stmt ix;
+    if (sqlite3_prepare_v2(db,
+                           "SELECT name, sql FROM sqlite_schema WHERE type = 'index' AND "
+                           "tbl_name = 'zl3_records' AND name LIKE 'zl3_key%'",
+                           -1, &ix.st, nullptr) != SQLITE_OK) {
+        Problem(r, SqliteProblem(db, "key indexes"));
+        return;
+    }
+    std::vector<int> found(def.keys.size(), 0);
+    int others = 0;
+    while (sqlite3_step(ix.st) == SQLITE_ROW) {
+        const auto* name = reinterpret_cast<const char*>(sqlite3_column_text(ix.st, 0));
+        const auto* sql = reinterpret_cast<const char*>(sqlite3_column_text(ix.st, 1));
+        bool known = false;
+        for (size_t k = 0; k < def.keys.size(); ++k) {
+            if (!name || std::string(name) != "zl3_key" + std::to_string(k)) continue;
+            known = true;
+            ++found[k];
+            const bool unique = sql && std::strncmp(sql, "CREATE UNIQUE", 13) == 0;
+            if (unique == def.keys[k].duplicates)
+                Problem(r, "key " + std::to_string(k) + ": index " +
+                               (unique ? "refuses duplicates" : "allows duplicates"));
+        }
+        if (!known) ++others;
+    }
+    for (size_t k = 0; k < def.keys.size(); ++k)
+        if (found[k] == 0) Problem(r, "key " + std::to_string(k) + ": index missing");
+    if (others > 0) Problem(r, std::to_string(others) + " index(es) of no key of the file");
+}
+
 }  // namespace
 
 CheckReport CheckFile(const std::string& path) {
@@ -161,7 +206,27 @@ CheckReport CheckFile(const std::string& path) {
             return r;
         }
     }
-    CheckRecords(db.db, def, counter, r);
+    CheckStructure(db.db, def, r);
+    if (r.problems.empty()) CheckRecords(db.db, def, counter, r);
+    if (r.problems.empty()) {
+        // Last, the engine's own open, so that "ok" never names a file it would refuse.
+        uint8_t block[kPositionBlockSize];
+        std::memset(block, ' ', sizeof block);
+        std::vector<uint8_t> name(kMaxKeyLength + 1, 0);
+        if (path.size() > kMaxKeyLength) {
+            Problem(r, "path longer than " + std::to_string(kMaxKeyLength) + " bytes");
+            return r;
+        }
+        std::memcpy(name.data(), path.data(), path.size());
+        uint32_t length = 0;
+        const int16_t status =
+            BtrCall(kOpen, block, nullptr, &length, name.data(), kMaxKeyLength, kModeReadOnly);
+        if (status == kOk)
+            BtrCall(kClose, block, nullptr, &length, name.data(), kMaxKeyLength, 0);
+        else
+            Problem(r, "engine open: status " + std::to_string(status) + " (" +
+                           StatusMeaning(status) + ")");
+    }
     return r;
 }
 

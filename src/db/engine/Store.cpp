@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <thread>
 
@@ -62,6 +63,17 @@ int16_t StatusFromErrno(int err) {
         default:
             return kFileNotFound;
     }
+}
+
+bool SideFileExists(const std::string& path) {
+    struct stat st {};
+    return ::stat(path.c_str(), &st) == 0;
+}
+
+// True when the log beside `path` may hold committed changes not yet in the file itself.
+bool LogHoldsData(const std::string& path) {
+    struct stat st {};
+    return ::stat((path + "-wal").c_str(), &st) == 0 && st.st_size > 0;
 }
 
 void RemoveQuietly(const std::string& path) {
@@ -269,27 +281,82 @@ int16_t DbFile::Open(const std::string& path, bool exclusive, std::unique_ptr<Db
     if (ClassifyHeader(header, static_cast<size_t>(got)) != FileKind::kOurs)
         return kNotABtrieveFile;
 
-    const int flags =
-        (f->writable_ ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) | SQLITE_OPEN_NOMUTEX;
-    int rc = sqlite3_open_v2(path.c_str(), &f->db_, flags, nullptr);
-    if (rc != SQLITE_OK) return kIoError;
-    int16_t status = f->Configure();
-    if (status == kOk) status = f->LoadDefinition();
+    // A process that may not write the file (a read-only share or mount, another user's
+    // files) reads it through the log and its index when a writer has them in place; otherwise
+    // it reads the file as it stands, creating nothing beside it: side files made by such a
+    // reader would belong to it and lock the writers of the file out, and on a read-only folder
+    // they cannot be made at all. A full disk is met the same way: the file is read without the
+    // side files that cannot be written.
+    // A log holding data without its index (a writer died) can only be recovered by a process
+    // that may write: for others the file stays out of reach (46), it is not damaged.
+    int16_t status = kAccessDenied;
+    if (f->writable_ || (SideFileExists(path + "-wal") && SideFileExists(path + "-shm")))
+        status = f->Connect(false);
+    if (status != kOk && !f->writable_ && !LogHoldsData(path)) {
+        f->Disconnect();
+        status = f->Connect(true);
+    } else if (status != kOk && f->writable_ && f->diskFull_ && !LogHoldsData(path)) {
+        f->Disconnect();
+        f->writable_ = false;
+        status = f->Connect(true);
+        if (status != kOk) status = kDiskFull;
+    }
     if (status != kOk) return status;
-    f->MapSharedMemory();
+    if (!f->immutable_) f->MapSharedMemory();
     out = std::move(f);
     return kOk;
 }
 
-DbFile::~DbFile() {
+int16_t DbFile::Connect(bool immutable) {
+    immutable_ = immutable;
+    diskFull_ = false;
+    int flags = (writable_ && !immutable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) |
+                SQLITE_OPEN_NOMUTEX;
+    std::string name = path_;
+    if (immutable) {
+        flags |= SQLITE_OPEN_URI;
+        name = "file:";
+        for (const char c : path_) {
+            if (c == '%' || c == '?' || c == '#') {
+                char hex[4];
+                std::snprintf(hex, sizeof hex, "%%%02X", static_cast<unsigned char>(c));
+                name += hex;
+            } else {
+                name += c;
+            }
+        }
+        name += "?immutable=1";
+    }
+    const int rc = sqlite3_open_v2(name.c_str(), &db_, flags, nullptr);
+    if (rc != SQLITE_OK) return kIoError;
+    int16_t status = Configure();
+    if (status == kOk) status = LoadDefinition();
+    if (status != kOk && sqlite3_system_errno(db_) == ENOSPC) {
+        diskFull_ = true;
+        status = kDiskFull;
+    }
+    return status;
+}
+
+void DbFile::Disconnect() {
     for (auto& statements : keyStatements_)
-        for (sqlite3_stmt* st : statements)
+        for (sqlite3_stmt*& st : statements) {
             sqlite3_finalize(st);
-    for (sqlite3_stmt* st : {begin_, beginImmediate_, commit_, rollback_, dataVersion_, nextSeq_,
-                             insert_, update_, delete_, read_, count_})
-        sqlite3_finalize(st);
-    shmHeader_ = nullptr;
+            st = nullptr;
+        }
+    keyStatements_.clear();
+    for (sqlite3_stmt** st : {&begin_, &beginImmediate_, &commit_, &rollback_, &dataVersion_,
+                              &nextSeq_, &insert_, &update_, &delete_, &read_, &count_}) {
+        sqlite3_finalize(*st);
+        *st = nullptr;
+    }
     if (db_) sqlite3_close_v2(db_);
+    db_ = nullptr;
+}
+
+DbFile::~DbFile() {
+    shmHeader_ = nullptr;
+    Disconnect();
     // Closing a descriptor drops every POSIX lock this process holds on the file, SQLite's
     // included: the lock descriptor is closed only once the connection is gone.
     if (lockFd_ >= 0) ::close(lockFd_);
@@ -445,6 +512,11 @@ void DbFile::MapSharedMemory() {
     }
     sqlite3_finalize(st);
     if (!wal) return;
+    // SQLite must have its own mapping before this one shares it: a file switched to WAL by
+    // this very connection has no log open yet, and a mapping made first would be SQLite's to
+    // free but never known to it. A read of the file opens the log and the index.
+    if (sqlite3_exec(db_, "SELECT count(*) FROM zl3_file", nullptr, nullptr, nullptr) != SQLITE_OK)
+        return;
     volatile void* region = nullptr;
     if (file->pMethods->xShmMap(file, 0, kWalIndexRegion, 0, &region) != SQLITE_OK || !region)
         return;

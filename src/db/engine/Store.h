@@ -88,7 +88,9 @@ class DbFile {
   public:
     // Opens `path` (already known to exist): 30 when the file is not one of ours, 85 when
     // another process holds it exclusively (or `exclusive` and it is in use), 2 when it is ours
-    // but damaged.
+    // but damaged, 18 when the disk is full and the log holds data. A process that may not
+    // write the file never creates its side files: without a writer's log in place it reads
+    // the file as it stands (changes made later by others are not seen until it reopens).
     static int16_t Open(const std::string& path, bool exclusive, std::unique_ptr<DbFile>& out);
     ~DbFile();
     DbFile(const DbFile&) = delete;
@@ -152,6 +154,10 @@ class DbFile {
 
   private:
     DbFile() = default;
+    // Opens the SQLite connection: normally, or (`immutable`) reading the file as it stands,
+    // without locks or side files.
+    int16_t Connect(bool immutable);
+    void Disconnect();
     int16_t Configure();
     int16_t LoadDefinition();
     void MapSharedMemory();
@@ -169,6 +175,8 @@ class DbFile {
     int lockFd_ = -1;
     bool exclusive_ = false;
     bool writable_ = true;
+    bool immutable_ = false;
+    bool diskFull_ = false;
     sqlite3* db_ = nullptr;
     FileDef def_;
 

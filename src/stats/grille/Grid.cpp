@@ -193,6 +193,7 @@ void Grid::ClearData() {
     for (auto& h : rowHeaders_)
         for (auto& c : h)
             c.clear();
+    warning_.clear();
     Touche();
 }
 
@@ -200,7 +201,7 @@ bool Grid::operator==(const Grid& o) const {
     if (cols_ != o.cols_ || rows_ != o.rows_ || headerRows_ != o.headerRows_ ||
         headerCols_ != o.headerCols_ || cells_ != o.cells_ || colHeaders_ != o.colHeaders_ ||
         rowHeaders_ != o.rowHeaders_ || widths_ != o.widths_ || genres_ != o.genres_ ||
-        spans_.size() != o.spans_.size())
+        warning_ != o.warning_ || spans_.size() != o.spans_.size())
         return false;
     for (size_t i = 0; i < spans_.size(); ++i)
         if (spans_[i].level != o.spans_[i].level || spans_[i].firstCol != o.spans_[i].firstCol ||

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zl3 {
@@ -87,8 +88,17 @@ class Grid {
     void InsertCols(int at, int count = 1);
     void DeleteCols(int at, int count = 1);
 
-    // Empties every data cell and row header, keeping the column headers (a new search).
+    // Empties every data cell and row header, keeping the column headers (a new search); the
+    // warning goes with them.
     void ClearData();
+
+    // Warning about the data the grid holds, empty when there is none: set when the search
+    // that filled it met read errors ("Rapport incomplet: ..."), for a window's status line.
+    const std::string& Warning() const { return warning_; }
+    void SetWarning(std::string warning) {
+        warning_ = std::move(warning);
+        Touche();
+    }
 
     // Every text of the grid (and its layout), for comparing a grid before and after an
     // operation. The revision is not compared.
@@ -110,6 +120,7 @@ class Grid {
     std::vector<HeaderSpan> spans_;
     std::vector<int> widths_ = std::vector<int>(1);  // widths_[col], col 0 = row headers
     std::vector<GenreColonne> genres_ = std::vector<GenreColonne>(1);  // genres_[col], col 0 unused
+    std::string warning_;
     uint64_t revision_ = 0;
 };
 

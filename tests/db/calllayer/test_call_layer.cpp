@@ -290,6 +290,12 @@ TEST_F(CallLayerTest, LegacyValuesAreNormalisedAfterReads) {
     EXPECT_EQ(std::string(reinterpret_cast<char*>(&track[465]), 2), "00");
     EXPECT_EQ(track[107], '1');
     EXPECT_EQ(track[856], ' ');
+    // Also after a read that found nothing: what the buffer holds is normalised all the same.
+    artist[145] = '1';
+    fake.statuses = {9};
+    Call(kBtrGetNext, "A0001", 20);
+    EXPECT_EQ(artist[264], '1');
+    EXPECT_EQ(artist[145], ' ');
     track[465] = '1';
     track[466] = '2';
     Call(kBtrInsert, "k", 22);  // writes are not normalised
@@ -336,7 +342,7 @@ TEST_F(CallLayerTest, OpeningClosingAndCreatingFiles) {
               "File: " + data + "FRADA40.bt6 not found |Create empty structure");
     ASSERT_GE(fake.calls.size(), 1u);
     EXPECT_EQ(fake.calls[0].op, kBtrCreate);
-    EXPECT_EQ(fake.calls[0].dataLength, 16u + 16u * 2u);  // file part and two key segments
+    EXPECT_EQ(fake.calls[0].dataLength, 160u);
 
     // Closing uses operation 25; a failed close is shown and the file stays open.
     fake.calls.clear();
@@ -350,6 +356,41 @@ TEST_F(CallLayerTest, OpeningClosingAndCreatingFiles) {
     EXPECT_FALSE(FichierOuvert(3, 1, 22));
     // Another caller slot has its own state.
     EXPECT_FALSE(FichierOuvert(4, 1, 22));
+}
+
+TEST_F(CallLayerTest, OpenWaitsForALockedFileThenReportsIt) {
+    const std::string data = P("C:\\BTRieve\\Data\\");
+    sys::CheckRep(data);
+    DefinirDossierData(data);
+    test::WriteFile(data + "FRADA22.bt6", "x");
+    // Another program's transaction or exclusive open: waited for, one second per try.
+    fake.statuses = {85, 84, 81, 0};
+    FichierPervasiveOuvrir(3, 1, 1, 22, -2);
+    EXPECT_TRUE(FichierOuvert(3, 1, 22));
+    EXPECT_EQ(fake.calls.size(), 4u);
+    EXPECT_EQ(clock.TotalSlept(), 3000);
+    EXPECT_TRUE(box.shown.empty());
+    // Held past ten retries: reported with the path and the status text, the file stays closed.
+    FichierPervasiveFermer(3, 1, 1, 22);
+    fake.calls.clear();
+    fake.statuses = std::deque<int16_t>(11, 85);
+    FichierPervasiveOuvrir(3, 1, 1, 22, -2);
+    EXPECT_FALSE(FichierOuvert(3, 1, 22));
+    EXPECT_EQ(fake.calls.size(), 11u);
+    ASSERT_EQ(box.shown.size(), 1u);
+    EXPECT_EQ(box.shown[0].request.text, data + "FRADA22.bt6::Err: 85\n");
+}
+
+TEST_F(CallLayerTest, PathLongerThanTheKeyBufferIsAnInvalidName) {
+    const std::string data = Root() + "/" + std::string(250, 'd') + "/";
+    DefinirDossierData(data);
+    FichierPervasiveOuvrir(3, 1, 1, 22, -2);
+    EXPECT_FALSE(FichierOuvert(3, 1, 22));
+    EXPECT_EQ(StatutBTrieve, 11);
+    ASSERT_EQ(box.shown.size(), 1u);
+    EXPECT_NE(box.shown[0].request.text.find("Err: 11: The specified filename is invalid ("),
+              std::string::npos);
+    EXPECT_TRUE(fake.calls.empty());
 }
 
 }  // namespace

@@ -1,10 +1,15 @@
 // Command line of zl3-demo.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
 
 #include <string>
 #include <vector>
 
 #include "OptionsDemo.h"
+#include "TestSite.h"
 
 namespace zl3::demo {
 namespace {
@@ -79,6 +84,28 @@ TEST(OptionsDemo, APeriodStartingBefore2000IsRefused) {
     EXPECT_NE(r.message.find("01/01/2000"), std::string::npos) << r.message;
     EXPECT_EQ(Analyser({"--root", "r", "--end", "2000-06-30", "--days", "182"}).analyse,
               Analyse::Continuer);
+}
+
+TEST(OptionsDemo, AnInstallationAlreadyUnderTheRootIsKeptWithoutForce) {
+    EXPECT_FALSE(Analyser({"--root", "r"}).options.forcer);
+    EXPECT_TRUE(Analyser({"--root", "r", "--force"}).options.forcer);
+    const std::string racine = test::NewTempDir("zl3demo-force");
+    auto lancer = [&](const std::string& extra) {
+        const std::string cmd = std::string(ZL3_DEMO_EXE) + " --root " + racine +
+                                " --stations 1 --tracks 200 --days 1 --end 2026-10-01 " + extra +
+                                " >/dev/null 2>&1";
+        const int status = std::system(cmd.c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    };
+    ASSERT_EQ(lancer(""), 0);
+    sys::SetZelvarRoot(racine);
+    const std::string historique =
+        sys::WithTrailingSep(sys::NativePath("C:\\BTRieve\\Data\\")) + "FRADA47.bt6";
+    const auto avant = std::filesystem::last_write_time(historique);
+    EXPECT_EQ(lancer("--seed 2"), 1);
+    EXPECT_EQ(std::filesystem::last_write_time(historique), avant);
+    EXPECT_EQ(lancer("--seed 2 --force"), 0);
+    std::filesystem::remove_all(racine);
 }
 
 }  // namespace

@@ -15,6 +15,8 @@
 //   btr_peer crash FILE N            insert records 1..N one by one, then begin a transaction and
 //                                    insert from 100001 on for ever; prints "committed N", then
 //                                    "in transaction" after 50 records
+//   btr_peer openclose FILE MS       open read-only, read the first record, close, again for MS
+//                                    ms; exit 4 on any status; prints "opened N"
 //   btr_peer churn FILE              insert records 1, 2, ... for ever, printing "committed K"
 //                                    after each successful insert
 #include <unistd.h>
@@ -216,6 +218,24 @@ int Churn(const char* path) {
 
 }  // namespace
 
+int OpenClose(const char* path, long ms) {
+    const auto start = std::chrono::steady_clock::now();
+    long opened = 0;
+    while (!Elapsed(start, ms)) {
+        Block b;
+        int16_t s = b.Open(path, kModeReadOnly);
+        if (s == kOk) s = b.Call(kGetFirst, 0);
+        if (s == kOk || s == kEndOfFile) s = b.Call(kClose, 0);
+        if (s != kOk) {
+            Say("openclose status " + std::to_string(s));
+            return 4;
+        }
+        ++opened;
+    }
+    Say("opened " + std::to_string(opened));
+    return 0;
+}
+
 int main(int argc, char** argv) {
     const std::string cmd = argc > 1 ? argv[1] : "";
     if (cmd == "walk" && argc == 4) return Walk(argv[2], std::atol(argv[3]));
@@ -229,6 +249,7 @@ int main(int argc, char** argv) {
         return b.Open(argv[2], static_cast<int8_t>(std::atoi(argv[3])));
     }
     if (cmd == "crash" && argc == 4) return Crash(argv[2], std::atol(argv[3]));
+    if (cmd == "openclose" && argc == 4) return OpenClose(argv[2], std::atol(argv[3]));
     if (cmd == "churn" && argc == 3) return Churn(argv[2]);
     std::fprintf(stderr, "btr_peer: bad arguments\n");
     return 2;

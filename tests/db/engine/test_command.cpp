@@ -1,6 +1,7 @@
 // The zl3-btr maintenance command: save and load give the same bytes back, the save format,
 // exit codes and messages a maintenance script relies on.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include "BtrTestUtil.h"
 #include "Btrieve.h"
@@ -185,6 +186,24 @@ TEST_F(BtrCommand, StatAndCheckDescribeTheFile) {
     const CommandResult check = Btr({"check", file});
     EXPECT_EQ(check.exitCode, 0);
     EXPECT_NE(check.out.find("ok (10 records)"), std::string::npos) << check.out;
+
+    // Files the engine refuses to open are never "ok": a key's index dropped, a foreign mark.
+    for (const auto& [sql, problem] : std::vector<std::pair<std::string, std::string>>{
+             {"DROP INDEX zl3_key2", "key 2: index missing"},
+             {"PRAGMA user_version=7", "version mark 7 instead of 1"}}) {
+        const std::string copy = dir.File("DAMAGED.bt6");
+        WriteFileBytes(copy, ReadFileBytes(file));
+        sqlite3* db = nullptr;
+        ASSERT_EQ(sqlite3_open(copy.c_str(), &db), SQLITE_OK);
+        ASSERT_EQ(sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+        sqlite3_close(db);
+        Handle refused;
+        EXPECT_EQ(refused.Open(copy), kIoError) << sql;
+        const CommandResult damaged = Btr({"check", copy});
+        EXPECT_NE(damaged.exitCode, 0) << sql;
+        EXPECT_NE((damaged.out + damaged.err).find(problem), std::string::npos)
+            << damaged.out << damaged.err;
+    }
 }
 
 }  // namespace

@@ -171,6 +171,21 @@ TEST_F(BtrProcesses, ExclusiveOpenKeepsOtherProcessesOut) {
     late.Wait();
 }
 
+TEST_F(BtrProcesses, ReadersOpeningAndClosingTogetherNeverSeeALock) {
+    // Each open and each last close takes SQLite's short locks (recovery of the log, the
+    // checkpoint of the last connection); readers must wait them out, never answer 85.
+    Fill(20);
+    Process a(Peer({"openclose", path, "1500"}));
+    Process b(Peer({"openclose", path, "1500"}));
+    Process c(Peer({"openclose", path, "1500"}));
+    std::string line;
+    for (Process* p : {&a, &b, &c}) {
+        ASSERT_TRUE(p->ReadLine(line));
+        EXPECT_EQ(line.rfind("opened ", 0), 0u) << line;
+        EXPECT_EQ(p->Wait(), 0);
+    }
+}
+
 TEST_F(BtrProcesses, WriterKilledInsideATransactionLosesOnlyThatTransaction) {
     Process writer(Peer({"crash", path, "200"}));
     Expect(writer, "committed 200");
