@@ -8,6 +8,7 @@
 #include "Demarrage.h"
 #include "FichierPdf.h"
 #include "GrilleTexte.h"
+#include "Incidents.h"
 #include "Lib_Config.h"
 #include "Lib_Data_Pervasive.h"
 #include "Lib_Data_Pervasive_2.h"
@@ -25,14 +26,15 @@ namespace {
 const char* kUsage =
     "Usage:\n"
     "  zl3-stats --root DIR --summary\n"
-    "  zl3-stats --root DIR [--base N] --station N --report quotas|top|sacem|pub\n"
+    "  zl3-stats --root DIR [--base N] --station N --report quotas|top|sacem|pub|incidents\n"
     "            --from YYYY-MM-DD --to YYYY-MM-DD [--format table|csv|xls|xlsx|xml|pdf]\n"
     "            [--out FILE] [--overwrite] [--versions]\n"
     "  --root DIR     dossier racine de l'installation (le poste Windows de la station)\n"
     "  --summary      initialise l'outil (configuration, journal) et affiche ce qu'il a trouvé\n"
     "  --base N       base (radio) à lire, 1 par défaut\n"
     "  --station N    station de la base (1 à 10)\n"
-    "  --report R     quotas, top (Top Diffusion), sacem (relevé SACEM), pub (publicité)\n"
+    "  --report R     quotas, top (Top Diffusion), sacem (relevé SACEM), pub (publicité),\n"
+    "                 incidents (ce qui rend un rapport douteux: table ou csv seulement)\n"
     "  --from/--to    période, dates incluses\n"
     "  --format F     table (défaut, pour un terminal), csv, xls (Excel 97-2003), xlsx (Excel),\n"
     "                 xml ou pdf (la page imprimée du rapport)\n"
@@ -43,6 +45,7 @@ const char* kUsage =
     "  --versions     regroupe les versions d'une même chanson (Top Diffusion, SACEM)\n"
     "Codes de sortie: 0 succès; 1 site illisible, fichier existant gardé ou erreur d'écriture;\n"
     "2 arguments incorrects (dont un --out vide, un dossier ou un fichier de la base);\n"
+    "3 incidents trouvés (--report incidents);\n"
     "4 rapport incomplet (erreur de lecture de la base: le résultat écrit est partiel).\n";
 
 // Messages of the export step on the console; its overwrite question is answered by
@@ -86,6 +89,7 @@ int main(int argc, char** argv) {
         !options.Entier("station", 1, kNbMaxStations, station))
         return Usage(options.Erreur());
     std::optional<Rapport> rapport;
+    bool incidents = false;  // the data check instead of a report
     std::optional<DateTime> debut;
     std::optional<DateTime> fin;
     const std::string format = options.Valeur("format").value_or("table");
@@ -100,8 +104,12 @@ int main(int argc, char** argv) {
             rapport = Rapport::Sacem;
         else if (*r == "pub")
             rapport = Rapport::Publicite;
+        else if (*r == "incidents")
+            incidents = true;
         else
-            return Usage("rapport inconnu: '" + *r + "' (quotas, top, sacem ou pub)");
+            return Usage("rapport inconnu: '" + *r + "' (quotas, top, sacem, pub ou incidents)");
+        if (incidents && format != "table" && format != "csv")
+            return Usage("le rapport incidents s'écrit en table ou en csv");
         if (station == 0) return Usage("l'option --station est obligatoire");
         const auto from = options.Valeur("from");
         const auto to = options.Valeur("to");
@@ -161,7 +169,8 @@ int main(int argc, char** argv) {
     const int st = static_cast<int>(station);
     SessionRapport session(0);
     session.Ouvrir(static_cast<int>(base), st, st);
-    if (!session.Pret(*rapport, st)) {
+    // The check reports the files it could not open as incidents of their own.
+    if (!incidents && !session.Pret(*rapport, st)) {
         std::string manquants;
         for (const std::string& f : session.FichiersManquants(*rapport, st))
             manquants += (manquants.empty() ? "" : ", ") + f;
@@ -171,6 +180,41 @@ int main(int argc, char** argv) {
                      "zl3-stats: la base de données de la station %d est illisible (%s: %s)\n", st,
                      b.dossiers[kRepBtr].c_str(), manquants.c_str());
         return 1;
+    }
+
+    // Writes a grid as text (table or CSV) to --out or the standard output; `code` when written.
+    auto ecritTexte = [&](const Grid& grille, int code) {
+        const std::string texte = format == "csv" ? GrilleEnCsv(grille) : GrilleEnTableau(grille);
+        if (options.Valeur("out")) {
+            const ResultatEcriture e = EcritTexteSortie(cible, texte);
+            if (!e.ok) {
+                std::fprintf(stderr, "zl3-stats: impossible d'écrire %s: %s\n", cible.c_str(),
+                             e.erreur.c_str());
+                return 1;
+            }
+            return code;
+        }
+        // A full disk or a closed pipe behind the standard output is a failure, not a report.
+        const bool ecrit = std::fwrite(texte.data(), 1, texte.size(), stdout) == texte.size();
+        if (!ecrit || std::fflush(stdout) != 0 || std::ferror(stdout)) {
+            std::fprintf(stderr, "zl3-stats: impossible d'écrire la sortie standard\n");
+            return 1;
+        }
+        return code;
+    };
+    if (incidents) {
+        ParametresVerification v;
+        v.debut = *debut;
+        v.fin = *fin;
+        v.station = st;
+        v.source = session.Source();
+        const BilanVerification bv = VerifierDonnees(v);
+        session.Fermer();
+        TraceLogForce();
+        Grid grille;
+        InitTableurIncidents(grille);
+        RemplirTableurIncidents(grille, bv.incidents);
+        return ecritTexte(grille, bv.incidents.empty() ? 0 : 3);
     }
 
     TableursMusique musique;
@@ -230,21 +274,6 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
         return termine(1);
     }
-    const std::string texte = format == "csv" ? GrilleEnCsv(grille) : GrilleEnTableau(grille);
-    if (options.Valeur("out")) {
-        const ResultatEcriture e = EcritTexteSortie(cible, texte);
-        if (!e.ok) {
-            std::fprintf(stderr, "zl3-stats: impossible d'écrire %s: %s\n", cible.c_str(),
-                         e.erreur.c_str());
-            return termine(1);
-        }
-    } else {
-        // A full disk or a closed pipe behind the standard output is a failure, not a report.
-        const bool ecrit = std::fwrite(texte.data(), 1, texte.size(), stdout) == texte.size();
-        if (!ecrit || std::fflush(stdout) != 0 || std::ferror(stdout)) {
-            std::fprintf(stderr, "zl3-stats: impossible d'écrire la sortie standard\n");
-            return termine(1);
-        }
-    }
-    return termine(codeFin);
+    const int code = ecritTexte(grille, codeFin);
+    return termine(code);
 }

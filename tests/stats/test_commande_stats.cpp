@@ -9,9 +9,11 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <set>
 
 #include "BaseDemo.h"
 #include "DemoSite.h"
+#include "Incidents.h"
 #include "Lib_Tableur.h"
 #include "TestSite.h"
 
@@ -177,6 +179,24 @@ TEST_F(CommandeStats, PerTrackReportsAndAdvertisingTotals) {
     }
     EXPECT_EQ(parClient, totalClient);
     EXPECT_EQ(parMessage, totalMessage);
+}
+
+TEST_F(CommandeStats, IncidentsCheckListsWhatMakesTheMonthDoubtful) {
+    const Sortie s = Executer(Rapport("incidents", "--format csv"));
+    ASSERT_EQ(s.code, 3) << s.texte;  // the demo's station airs spots without a client
+    const auto lignes = Csv(s.texte);
+    ASSERT_GT(lignes.size(), 1u);
+    EXPECT_EQ(lignes[0][4], "Type");
+    std::set<std::string> genres;
+    for (size_t i = 1; i < lignes.size(); ++i) {
+        ASSERT_EQ(lignes[i].size(), 7u) << i;
+        EXPECT_EQ(lignes[i][3], "1");
+        GenreIncident g;
+        EXPECT_TRUE(GenreDeLibelle(lignes[i][4], g)) << lignes[i][4];
+        genres.insert(lignes[i][4]);
+    }
+    EXPECT_TRUE(genres.count("Client inconnu"));
+    EXPECT_EQ(Executer(Rapport("incidents", "--format xls --out x")).code, 2);
 }
 
 TEST_F(CommandeStats, SpreadsheetAndXmlFilesOpenInOtherReaders) {
