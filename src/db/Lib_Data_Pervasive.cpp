@@ -29,11 +29,32 @@ struct EtatFichier {
     bool ouvert = false;
 };
 
+// One call of the per-caller history, kept as its values: the text that diagnostics show is
+// built only when it is read (HistoriqueBTrieve), not on each of the millions of calls of a run.
+// The strings keep their capacity from one call to the next, so recording allocates nothing.
+struct AppelHistorise {
+    int fichier = 0;
+    int station = 0;
+    int operation = 0;
+    int noCle = 0;
+    std::string cle;
+    std::string origine;
+    int statut = 0;
+    bool termine = false;  // the status is known
+};
+
+struct HistoriqueSource {
+    std::array<AppelHistorise, 6> appels;
+    int nb = 0;     // calls recorded, at most 6
+    int debut = 0;  // slot of the newest
+    std::array<std::string, 6> texte;  // the lines as last built
+};
+
 struct Module {
     // [source][station - 1][fichier]
     std::vector<EtatFichier> fichiers =
         std::vector<EtatFichier>(static_cast<size_t>(kNbSources * kNbStations * kNbFichiers));
-    std::array<std::array<std::string, 6>, kNbSources> historique;
+    std::array<HistoriqueSource, kNbSources> historique;
     std::array<std::vector<uint8_t>, kNbFichiers> tampons;
     std::string dossierData;
     FonctionBtrcall btrcall;
@@ -89,11 +110,20 @@ std::string Imprimable(const std::string& cle) {
     return Cp1252ToUtf8(s);
 }
 
-void Historise(int source, const std::string& line) {
-    auto& h = M().historique[static_cast<size_t>(source)];
-    for (int i = 5; i > 0; --i)
-        h[i] = std::move(h[i - 1]);
-    h[0] = line;
+AppelHistorise& Historise(int source, int fichier, int station, int operation, int noCle,
+                          const std::string& cle, const std::string& origine) {
+    HistoriqueSource& h = M().historique[static_cast<size_t>(source)];
+    h.debut = (h.debut + 5) % 6;
+    if (h.nb < 6) ++h.nb;
+    AppelHistorise& a = h.appels[static_cast<size_t>(h.debut)];
+    a.fichier = fichier;
+    a.station = station;
+    a.operation = operation;
+    a.noCle = noCle;
+    a.cle.assign(cle);
+    a.origine.assign(origine);
+    a.termine = false;
+    return a;
 }
 
 std::string Deux0(int n) {
@@ -145,7 +175,18 @@ std::span<uint8_t> TamponEnreg(int fichier) {
 const std::array<std::string, 6>& HistoriqueBTrieve(int source) {
     static const std::array<std::string, 6> vide{};
     if (!SourceValide(source)) return vide;
-    return M().historique[static_cast<size_t>(source)];
+    HistoriqueSource& h = M().historique[static_cast<size_t>(source)];
+    for (int i = 0; i < 6; ++i) {
+        std::string& ligne = h.texte[static_cast<size_t>(i)];
+        ligne.clear();
+        if (i >= h.nb) continue;
+        const AppelHistorise& a = h.appels[static_cast<size_t>((h.debut + i) % 6)];
+        if (a.termine) ligne = "S:" + PadNumber(a.statut, 5) + " ";
+        ligne += "File:" + Deux0(a.fichier) + " Station:" + std::to_string(a.station) +
+                 " OP:" + Deux0(a.operation) + " K:" + Deux0(a.noCle) + " [" + Imprimable(a.cle) +
+                 "]" + " [" + a.origine + "]";
+    }
+    return h.texte;
 }
 
 int16_t BTRieve_Reel(int fichier, int16_t operation, char* positionBloc, uint32_t& longueur,
@@ -203,11 +244,9 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
                  std::to_string(fichier) + " hors limites [" + sourceText + "]");
         return StatutBTrieve;
     }
-    const bool historise = !Trim(sourceText).empty();
-    if (historise)
-        Historise(source, "File:" + Deux0(fichier) + " Station:" + std::to_string(station) +
-                              " OP:" + Deux0(operation) + " K:" + Deux0(noCle) + " [" +
-                              Imprimable(cle) + "]" + " [" + sourceText + "]");
+    AppelHistorise* appel = nullptr;
+    if (sourceText.find_first_not_of(" \t\r\n") != std::string::npos)
+        appel = &Historise(source, fichier, station, operation, noCle, cle, sourceText);
     if (TestCleActif) BTrieveTestCle(operation, cle, noCle, fichier, sourceText);
     AbandonConflit = false;
     if (station > kNbStations) {
@@ -289,9 +328,9 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
         break;
     }
 
-    if (historise) {
-        std::string& h0 = M().historique[static_cast<size_t>(source)][0];
-        if (h0.rfind("S:", 0) != 0) h0 = "S:" + PadNumber(StatutBTrieve, 5) + " " + h0;
+    if (appel) {
+        appel->statut = StatutBTrieve;
+        appel->termine = true;
     }
     // After every operation but 0..4, whatever its status: the suite has always done so.
     if (operation > kBtrDelete && (fichier == 20 || fichier == 22))
@@ -456,7 +495,7 @@ void ResetLibDataPervasive() {
         f.ouvert = false;
     }
     for (auto& h : m.historique)
-        h.fill("");
+        h = HistoriqueSource{};
     for (auto& t : m.tampons)
         t.clear();
     m.dossierData.clear();

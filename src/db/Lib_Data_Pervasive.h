@@ -97,7 +97,8 @@ void BTrieveTestCle(int16_t operation, const std::string& cle, int16_t noCle, in
 // catalogue's record length. Empty for an index outside 0..50.
 std::span<uint8_t> TamponEnreg(int fichier);
 
-// The per-caller history of the last six calls, newest first.
+// The per-caller history of the last six calls, newest first, as text built when asked: the
+// lines returned are those of the calls made so far (read it again after further calls).
 const std::array<std::string, 6>& HistoriqueBTrieve(int source);
 
 // ---- Files: open and close per caller slot and station ---------------------------------------

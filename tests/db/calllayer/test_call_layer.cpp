@@ -217,18 +217,19 @@ TEST_F(CallLayerTest, ReadsReturnTheFoundKeyOfTheKeyLength) {
 TEST_F(CallLayerTest, HistoryKeepsTheLastSixCallsWithTheirStatus) {
     fake.statuses = {9};
     Call(kBtrGetNext, std::string("AB\x01") + "C", 22, 1, 0, "Frm_Main:CommandLancer_Click");
-    const auto& h = HistoriqueBTrieve(0);
+    auto h = HistoriqueBTrieve(0);
     EXPECT_EQ(h[0].substr(0, 40), "S:00009 File:22 Station:1 OP:06 K:00 [AB");
     EXPECT_NE(h[0].find("[AB.C"), std::string::npos);
     EXPECT_NE(h[0].find("] [Frm_Main:CommandLancer_Click]"), std::string::npos);
     for (int i = 0; i < 7; ++i)
         Call(kBtrGetEqual, "k" + std::to_string(i), 20, 2, 1, "src");
+    h = HistoriqueBTrieve(0);
     EXPECT_EQ(h[0].substr(0, 36), "S:00000 File:20 Station:2 OP:05 K:01");
     EXPECT_NE(h[0].find("[k6]"), std::string::npos);
     EXPECT_NE(h[5].find("[k1]"), std::string::npos);
     // Without a trace context the call is not kept.
     Call(kBtrGetEqual, "quiet", 20, 1, 0, " ");
-    EXPECT_NE(h[0].find("[k6]"), std::string::npos);
+    EXPECT_NE(HistoriqueBTrieve(0)[0].find("[k6]"), std::string::npos);
 }
 
 TEST_F(CallLayerTest, ReportShowsPathStatusTextHistoryAndExplanation) {
