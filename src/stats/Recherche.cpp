@@ -291,6 +291,7 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     Grid& grille = GrilleDuRapport(musique_, publicite_, rapport);
     grille.ClearData();
     grille.SetMaxRows(0);
+    int joursCrees = 0;  // day rows 1..joursCrees carry their date
     if (rapport == Rapport::Quotas) {
         if (nbJours < 1) return;
         quotas.SetMaxRows(static_cast<int>(nbJours) + 1);
@@ -299,11 +300,17 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
             const DateTime jour = AddDays(p.debut, i - 1);
             quotas.SetRowHeader(0, i, FormatDDMMYYYY(jour, '-'));
             quotas.SetRowHeader(1, i, ShortDayName(jour));
+            joursCrees = i;
         }
         quotas.SetRowHeader(0, quotas.MaxRows(), "Total");
     }
-    const std::string debut = FormatYYYYMMDD(p.debut);
-    const std::string fin = FormatYYYYMMDD(p.fin);
+    // Broadcast entries are compared as day numbers and minutes of the day: row i holds the
+    // day debut + i - 1, as its header says.
+    const int64_t jourDebut = DaysFromCivil(p.debut.year, p.debut.month, p.debut.day);
+    const int64_t jourFin = DaysFromCivil(p.fin.year, p.fin.month, p.fin.day);
+    constexpr int kDebutBandeSemaine = 6 * 60 + 30;
+    constexpr int kDebutBandeWeekEnd = 8 * 60 + 30;
+    constexpr int kFinBande = 22 * 60 + 30;
 
     std::string categoriesTop;
     if (rapport == Rapport::TopDiffusion) categoriesTop = "," + ListeCategoriesTop(p);
@@ -369,26 +376,22 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
             if (arret_) break;
             const auto quand = rec::PassageAt(histo, i);
             if (!quand) continue;
-            const std::string jour = FormatYYYYMMDD(*quand);
-            if (jour < debut || jour > fin) continue;
+            const int64_t jour = DaysFromCivil(quand->year, quand->month, quand->day);
+            if (jour < jourDebut || jour > jourFin) continue;
             ++comptes;
             if (rapport != Rapport::Quotas) continue;
             // The day row: the row whose header is the entry's date.
-            const int64_t rang = DayDiff(p.debut, *quand) + 1;
-            const std::string entete = FormatDDMMYYYY(*quand, '-');
-            int row = 0;
-            if (rang >= 1 && rang < quotas.MaxRows() &&
-                quotas.RowHeader(0, static_cast<int>(rang)) == entete)
-                row = static_cast<int>(rang);
-            for (int r = 1; row == 0 && r < quotas.MaxRows(); ++r)
-                if (quotas.RowHeader(0, r) == entete) row = r;
-            if (row == 0) continue;
+            const int64_t rang = jour - jourDebut + 1;
+            if (rang < 1 || rang > joursCrees) continue;
+            const int row = static_cast<int>(rang);
             quotas.Increment(classe, row);
             if (classe == kColFr || classe == kColNT) quotas.Increment(kColFrNT, row);
             // The regulated band, 06:30 (08:30 at weekends) to 22:30, seconds ignored.
-            const std::string hhmm = PadNumber(quand->hour, 2) + PadNumber(quand->minute, 2);
-            const std::string debutBande = DayOfWeek(*quand) >= 6 ? "0830" : "0630";
-            if (hhmm >= debutBande && hhmm <= "2230") {
+            const int minutes = quand->hour * 60 + quand->minute;
+            int64_t semaine = (jour + 3) % 7;  // 0 Monday … 6 Sunday (1970-01-01 was a Thursday)
+            if (semaine < 0) semaine += 7;
+            const int debutBande = semaine >= 5 ? kDebutBandeWeekEnd : kDebutBandeSemaine;
+            if (minutes >= debutBande && minutes <= kFinBande) {
                 quotas.Increment(classe + kDecalageBande, row);
                 if (classe == kColFr || classe == kColNT)
                     quotas.Increment(kColFrNT + kDecalageBande, row);
