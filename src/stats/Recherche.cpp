@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <set>
+#include <unordered_map>
 #include <vector>
 
 #include "Cp1252.h"
@@ -471,6 +472,9 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
     g.ClearData();
     g.SetMaxRows(0);
     const std::string cleFin = FormatYYYYMMDD(p.fin) + "235959";
+    std::unordered_map<std::string, int> premiereLigneClient;
+    std::unordered_map<std::string, int> premiereLigneMessage;
+    std::unordered_map<std::string, int> premiereLigne;
     std::string cle = FormatYYYYMMDD(p.debut) + "000000";
     int16_t op = kBtrGetGreaterOrEqual;
     for (;;) {
@@ -507,18 +511,20 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
 
         // The line of this client, message and zone; the client's and the message's first lines
         // carry their running totals.
-        int rowClient = 0;
-        int rowMessage = 0;
-        int trouve = 0;
-        for (int row = 1; row <= g.MaxRows(); ++row) {
-            if (g.Text(kPubClient, row) != client) continue;
-            if (rowClient == 0) rowClient = row;
-            if (g.Text(kPubMessage, row) != colMessage) continue;
-            if (rowMessage == 0) rowMessage = row;
-            if (g.Text(kPubZone, row) != zone) continue;
-            trouve = row;
-            break;
-        }
+        // Rows are only ever appended, so the first row of a client, of a client's message and
+        // of a line are remembered as they are created.
+        const auto itClient = premiereLigneClient.find(client);
+        int rowClient = itClient == premiereLigneClient.end() ? 0 : itClient->second;
+        std::string cleMessageLigne = client;
+        cleMessageLigne += '\x1f';
+        cleMessageLigne += colMessage;
+        const auto itMessage = premiereLigneMessage.find(cleMessageLigne);
+        int rowMessage = itMessage == premiereLigneMessage.end() ? 0 : itMessage->second;
+        std::string cleLigne = cleMessageLigne;
+        cleLigne += '\x1f';
+        cleLigne += zone;
+        const auto itLigne = premiereLigne.find(cleLigne);
+        int trouve = itLigne == premiereLigne.end() ? 0 : itLigne->second;
         if (trouve) {
             g.Increment(kPubTotalLigne, trouve);
         } else {
@@ -536,6 +542,9 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
             g.SetText(kPubTotalLigne, trouve, "1");
             if (rowMessage == 0) rowMessage = trouve;
             if (rowClient == 0) rowClient = trouve;
+            premiereLigne.emplace(cleLigne, trouve);
+            premiereLigneMessage.emplace(cleMessageLigne, rowMessage);
+            premiereLigneClient.emplace(client, rowClient);
         }
         g.Increment(kPubTotalMessage, rowMessage);
         g.Increment(kPubTotalClient, rowClient);
