@@ -470,8 +470,8 @@ int16_t CreerFichierVide(const std::string& chemin) {
     std::memset(pos, ' ', sizeof pos);
     std::vector<char> cle(chemin.begin(), chemin.end());
     cle.push_back('\0');
-    // The file layout of the Create call is passed with the data length 160, the room the suite has
-    // always given it (every catalogue entry fits).
+    // The file layout of the Create call is passed with the data length 160, the room the suite
+    // has always given it (every catalogue entry fits).
     constexpr uint32_t kLongueurCreation = 160;
     if (structure.size() < kLongueurCreation) structure.resize(kLongueurCreation, 0);
     uint32_t longueur = kLongueurCreation;
