@@ -141,7 +141,7 @@ bool SaveSettingsZL3(const SettingsZL3& s) {
 long PortUDP() {
     try {
         const long p = LitNombre("UDP", "Port", kPortUDPParDefaut, FichierSettings());
-        return p >= 1 && p <= 65535 ? p : kPortUDPParDefaut;
+        return p >= 0 && p <= 65535 ? p : kPortUDPParDefaut;
     } catch (const std::exception& e) {
         TraceErreur(Identite("PortUDP"), 0, e.what());
         return kPortUDPParDefaut;

@@ -78,7 +78,8 @@ struct SettingsZL3 {
 
 SettingsZL3 InitSettingsZL3();
 bool SaveSettingsZL3(const SettingsZL3& s);
-// The UDP port of the main window's socket ([UDP] Port; 1..65535, else 23400).
+// The UDP port of the main window's socket ([UDP] Port; 0..65535, else 23400; 0 lets the
+// system choose).
 long PortUDP();
 
 // ---- "_Excel" file: export ----------------------------------------------------------------------

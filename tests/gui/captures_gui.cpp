@@ -12,7 +12,9 @@
 
 #include "Etat.h"
 #include "FrmDebugEcran.h"
+#include "FrmColorPicker.h"
 #include "FrmMsgBox.h"
+#include "FrmSetup.h"
 #include "Frm_Main.h"
 #include "ServicesQt.h"
 #include "Services.h"
@@ -91,6 +93,21 @@ int main(int argc, char** argv) {
         Capturer(*outils, out + "menu_outils.png");
         outils->close();
     }
+    // The options window, tab by tab, and the colour chooser.
+    w.Mnu01Options_Click();
+    if (auto* options = w.findChild<zl3::gui::FrmSetup*>()) {
+        auto* onglets = options->findChild<QTabWidget*>("SftTabsSetup");
+        for (int i = 0; onglets && i < onglets->count(); ++i) {
+            onglets->setCurrentIndex(i);
+            Capturer(*options, out + QStringLiteral("frm_setup_%1.png").arg(i));
+        }
+        options->close();
+    }
+    zl3::gui::FrmColorPicker choix(zl3::DefaultColor(16));
+    choix.show();
+    Capturer(choix, out + "frm_color_picker.png");
+    choix.close();
+
     zl3::Etat().enSortie = true;
     w.close();
     return 0;

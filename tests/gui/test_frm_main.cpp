@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QHeaderView>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTableView>
 #include <QUdpSocket>
@@ -20,6 +21,7 @@
 #include "Etat.h"
 #include "FrmDebugEcran.h"
 #include "FrmMsgBox.h"
+#include "FrmSetup.h"
 #include "Frm_Main.h"
 #include "Instance.h"
 #include "Lib_Profile.h"
@@ -393,6 +395,42 @@ TEST_F(FenetreTest, MessageWindowShowsFrenchButtonsAndTheCloseButtonAnswersNo) {
     d.show();
     d.close();
     EXPECT_EQ(d.Reponse(), kIdNo);
+}
+
+}  // namespace
+}  // namespace zl3::gui
+
+namespace zl3::gui {
+namespace {
+
+TEST_F(FenetreTest, LookOfTheSettingsOnTheGridsFromStartAndAtOnceFromTheOptions) {
+    const std::string f = NomFichierSettings("", ".Ini");
+    WriteProfileString("ListeTV", "TaillePolice", "15", f);
+    WriteProfileString("Couleur", "TV_Fond", std::to_string(RGBCouleur(200, 10, 20)), f);
+    WriteProfileString("Couleur", "Selection_Fond", std::to_string(RGBCouleur(0, 0, 90)), f);
+    Frm_Main& w = Demarrer();
+    QTableView* vue = w.Vue(Rapport::Quotas);
+    EXPECT_EQ(vue->font().pointSize(), 15);
+    EXPECT_EQ(vue->palette().color(QPalette::Highlight), QColor(0, 0, 90));
+    w.GrillesMusique().quotas.SetMaxRows(1);
+    w.SuivreGrilles();
+    ModeleGrille* m = w.Modele(Rapport::Quotas);
+    EXPECT_EQ(m->data(m->index(0, 0), Qt::BackgroundRole), QVariant(QColor(200, 10, 20)));
+
+    // Refused while a search runs.
+    Etat().rechercheEnCours = true;
+    w.Action("Mnu01Options")->trigger();
+    EXPECT_EQ(w.findChild<FrmSetup*>(), nullptr);
+    Etat().rechercheEnCours = false;
+    // A size typed in the options shows at once; "Annuler" brings the saved look back.
+    ASSERT_TRUE(w.Action("Mnu01Options")->isEnabled());
+    w.Action("Mnu01Options")->trigger();
+    FrmSetup* options = w.findChild<FrmSetup*>();
+    ASSERT_NE(options, nullptr);
+    options->findChild<QSpinBox*>("TexteTaillePolice")->setValue(18);
+    EXPECT_EQ(vue->font().pointSize(), 18);
+    options->findChild<QPushButton*>("CommandAnnuler")->click();
+    EXPECT_EQ(vue->font().pointSize(), 15);
 }
 
 }  // namespace

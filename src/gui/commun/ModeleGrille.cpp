@@ -32,11 +32,19 @@ bool ModeleGrille::Suivre() {
         endInsertRows();
     }
     if (lignes_ > 0 && colonnes_ > 0)
-        emit dataChanged(index(0, 0), index(lignes_ - 1, colonnes_ - 1),
-                         {Qt::DisplayRole});
+        emit dataChanged(index(0, 0), index(lignes_ - 1, colonnes_ - 1), {Qt::DisplayRole});
     if (lignes_ > 0) emit headerDataChanged(Qt::Vertical, 0, lignes_ - 1);
     if (colonnes_ > 0) emit headerDataChanged(Qt::Horizontal, 0, colonnes_ - 1);
     return true;
+}
+
+void ModeleGrille::DefinirCouleurs(const QColor& fond, const QColor& texte) {
+    if (fond == fond_ && texte == texte_) return;
+    fond_ = fond;
+    texte_ = texte;
+    if (lignes_ > 0 && colonnes_ > 0)
+        emit dataChanged(index(0, 0), index(lignes_ - 1, colonnes_ - 1),
+                         {Qt::BackgroundRole, Qt::ForegroundRole});
 }
 
 int ModeleGrille::rowCount(const QModelIndex& parent) const {
@@ -57,6 +65,10 @@ QVariant ModeleGrille::data(const QModelIndex& index, int role) const {
             if (grille_.Genre(col) != GenreColonne::Texte)
                 return QVariant::fromValue(Qt::Alignment(Qt::AlignRight | Qt::AlignVCenter));
             return QVariant::fromValue(Qt::Alignment(Qt::AlignLeft | Qt::AlignVCenter));
+        case Qt::BackgroundRole:
+            return fond_.isValid() ? QVariant(fond_) : QVariant();
+        case Qt::ForegroundRole:
+            return texte_.isValid() ? QVariant(texte_) : QVariant();
         default:
             return {};
     }

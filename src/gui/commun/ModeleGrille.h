@@ -8,6 +8,7 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QColor>
 
 #include <cstdint>
 
@@ -23,6 +24,9 @@ class ModeleGrille : public QAbstractTableModel {
     const Grid& Grille() const { return grille_; }
     // Brings the views up to date with the grid; true when something had changed.
     bool Suivre();
+    // The cells' background and text colours (the look of the settings); invalid colours leave
+    // the view's own.
+    void DefinirCouleurs(const QColor& fond, const QColor& texte);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -37,6 +41,8 @@ class ModeleGrille : public QAbstractTableModel {
     int lignes_ = 0;
     int colonnes_ = 0;
     uint64_t revision_ = 0;
+    QColor fond_;
+    QColor texte_;
 };
 
 }  // namespace zl3::gui

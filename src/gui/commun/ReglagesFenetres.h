@@ -1,37 +1,32 @@
-// What the windows read from the tool's settings files, in one place (the settings store will
-// take these over): window geometry in the positions file, the UDP port, the start-up options.
+// What the windows read from the tool's settings, as Qt widgets need it; the settings store
+// (src/settings) owns the keys and their defaults.
 //
-// Geometry: section "FrmPos" of NomFichierSettings("_Positions", ".Ini"), keys window name &
-// "_Left", "_Top", "_Width", "_Height" (twips, 15 to a pixel) and "_WindowState" (0 normal,
-// 1 minimised, 2 maximised).
+// Geometry: section "FrmPos" of the positions file (Lib_Positions.h), keys window name &
+// "_Left", "_Top", "_Width", "_Height" (twips) and "_WindowState", the window's objectName
+// giving the name.
 #pragma once
 
 #include <string>
+
+#include "Lib_Positions.h"
+#include "Lib_Settings.h"
 
 class QWidget;
 
 namespace zl3::gui {
 
-inline constexpr int kTwipsParPixel = 15;
-inline constexpr int kPortUdpDefaut = 23400;
-
 std::string FichierPositions();
 
-// PositionFeuille: left and top (PositionFeuilleSauvegarde writes them).
-void PositionFeuille(QWidget& fenetre, const std::string& fichier);
-void PositionFeuilleSauvegarde(const QWidget& fenetre, const std::string& fichier);
-// Width, height and state, read and applied in that order; a missing or zero value leaves the
-// designed size.
-void TailleFeuille(QWidget& fenetre, const std::string& fichier);
-// Width and height when the window is in its normal state (a maximised window keeps its normal
-// size in the file), the state always.
-void TailleFeuilleSauvegarde(const QWidget& fenetre, const std::string& fichier);
+// Place, then width, height and state, applied in that order; a missing or zero size leaves the
+// designed size, a missing place the designed place.
+void RestaureGeometrie(QWidget& fenetre);
+// Left and top (the normal place when the window is maximised or minimised) always; width and
+// height only in the normal state (a maximised window keeps its normal size in the file); the
+// state always.
+void SauveGeometrie(const QWidget& fenetre);
 
-// Section "UDP", key "Port" of the tool's settings file (NomFichierSettings("", ".Ini")),
-// default 23400; 0 lets the system choose.
-int PortUDP();
-// Section "Comportement": "StatutDemarrage" ("1", default: the start-up status lines are shown
-// and traced) and "Incidents" ("0", default: the incidents view is not loaded at start).
+// The start-up options of the main window: [FenetrePrincipale] StatutDemarrage (status lines
+// shown and traced, default on) and ChargeIncidents (incidents loaded at start, default off).
 bool OptionStatutDemarrage();
 bool OptionIncidents();
 

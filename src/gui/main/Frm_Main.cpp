@@ -5,6 +5,7 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDateEdit>
+#include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -23,6 +24,7 @@
 #include "EnteteGrille.h"
 #include "Etat.h"
 #include "FrmDebugEcran.h"
+#include "FrmSetup.h"
 #include "FrmSysTray.h"
 #include "Instance.h"
 #include "Lib_Config.h"
@@ -60,6 +62,17 @@ DateTime DeQDate(const QDate& d) {
 
 std::string Identite(const char* procedure) {
     return std::string(kModule) + ":" + procedure;
+}
+
+std::vector<std::string> PolicesOffertes() {
+    std::vector<std::string> v;
+    for (const QString& f : QFontDatabase::families())
+        v.push_back(f.toStdString());
+    return v;
+}
+
+QColor VersCouleur(int32_t c) {
+    return QColor(Rouge(c), Vert(c), Bleu(c));
 }
 
 }  // namespace
@@ -139,9 +152,7 @@ bool Frm_Main::Form_Load() {
 
     Statut("Tools Stats: Init: Display");
     try {
-        const std::string fichier = FichierPositions();
-        PositionFeuille(*this, fichier);
-        TailleFeuille(*this, fichier);
+        RestaureGeometrie(*this);
     } catch (const std::exception& e) {
         TraceErreur(id, 0, e.what());
     }
@@ -183,6 +194,67 @@ void Frm_Main::InitGeneralLook() {
     QFont police("Arial");
     police.setPointSize(9);
     setFont(police);
+    AppliquerLook(zl3::InitGeneralLook(PolicesOffertes()));
+}
+
+void Frm_Main::AppliquerLook(const LookGeneral& look) {
+    look_ = look;
+    QFont police(QString::fromStdString(look.policeListes));
+    police.setPointSize(look.taillePolice);
+    police.setBold(look.gras);
+    const QColor fond = VersCouleur(look.couleurs[kTV_Fond]);
+    const QColor texte = VersCouleur(look.couleurs[kTV_Texte]);
+    // "Classique": flat tab strips over framed pages and solid grid lines; the visual styles
+    // draw document-mode tabs and dotted lines, "Visual + focus" selecting whole lines.
+    const bool visuel = look.style != 0;
+    for (int i = 0; i < 4; ++i) {
+        QTableView* vue = vues_[i];
+        vue->setFont(police);
+        vue->verticalHeader()->setDefaultSectionSize(QFontMetrics(police).height() + 6);
+        QPalette p = vue->palette();
+        p.setColor(QPalette::Base, fond);
+        p.setColor(QPalette::Text, texte);
+        p.setColor(QPalette::Highlight, VersCouleur(look.couleurs[kSelection_Fond]));
+        p.setColor(QPalette::HighlightedText, VersCouleur(look.couleurs[kSelection_Texte]));
+        vue->setPalette(p);
+        vue->setAlternatingRowColors(false);
+        vue->setGridStyle(visuel ? Qt::DotLine : Qt::SolidLine);
+        vue->setSelectionBehavior(look.style == 1 ? QAbstractItemView::SelectRows
+                                                  : QAbstractItemView::SelectItems);
+        modeles_[i]->DefinirCouleurs(fond, texte);
+        vue->viewport()->update();
+    }
+    sftTabsMain_->setDocumentMode(visuel);
+    for (QTabBar* b : {sftTabsMusique_, sftTabsPublicite_}) {
+        b->setDocumentMode(visuel);
+        b->setDrawBase(visuel);
+    }
+    if (charge_) ResizeCurrentOngletMain();
+}
+
+void Frm_Main::Mnu01Options_Click() {
+    TraceProc(Identite("Mnu01Options_Click"));
+    if (Etat().rechercheEnCours || recherche_->EnCours()) {
+        TraceLog("FrmMain: Options: refused while a search runs");
+        return;
+    }
+    if (auto* ouverte = findChild<FrmSetup*>()) {
+        ouverte->raise();
+        ouverte->activateWindow();
+        return;
+    }
+    auto* f = new FrmSetup(this);
+    f->setAttribute(Qt::WA_DeleteOnClose);
+    f->setWindowModality(Qt::WindowModal);
+    f->apercuLook = [this](const SettingsLook& l) {
+        AppliquerLook(CalculeLook(l, PolicesOffertes(), sys::ThemeActive() == "0"));
+    };
+    // Saved or not, the look of the settings stands again (an edit shown at once is undone by
+    // "Annuler").
+    connect(f, &QDialog::finished, this,
+            [this] { AppliquerLook(zl3::InitGeneralLook(PolicesOffertes())); });
+    f->Form_Load();
+    f->show();
 }
 
 void Frm_Main::InitGeneral() {
@@ -240,9 +312,7 @@ void Frm_Main::ConstruireControles() {
     action(fichier, "MnuQuitter", QStringLiteral("&Quitter"), [this] { Quitter(); });
 
     QMenu* outils = menuBar()->addMenu(QStringLiteral("&Outils"));
-    QAction* options = action(outils, "Mnu01Options", QStringLiteral("&Options..."), [] {});
-    options->setEnabled(false);
-    options->setToolTip(QStringLiteral("La fenêtre des options n'est pas encore disponible"));
+    action(outils, "Mnu01Options", QStringLiteral("&Options..."), [this] { Mnu01Options_Click(); });
     outils->setToolTipsVisible(true);
     fichier->setToolTipsVisible(true);
     action(outils, "Mnu01Log", QStringLiteral("&Journal du jour"), [this] { Mnu01Log_Click(); });
@@ -391,7 +461,7 @@ void Frm_Main::CreationDesObjets() {
         Quitter();
     };
     sockets_ = new SocketUDP(this);
-    sockets_->Ouvrir(PortUDP());
+    sockets_->Ouvrir(static_cast<int>(PortUDP()));
     serveurInstance_ = new ServeurInstance(this);
     serveurInstance_->onQuitter = [this] { DemandeDeQuitter(); };
     serveurInstance_->Ecouter();
@@ -525,7 +595,7 @@ void Frm_Main::ActiverControles(bool actifs) {
     sftTabsMain_->tabBar()->setEnabled(actifs);
     for (const char* nom : {"Mnu01Veille", "MnuQuitter"})
         if (QAction* a = Action(nom)) a->setEnabled(true);
-    // Export, print and options stay off until their windows exist.
+    // Export and print stay off until their windows exist.
 }
 
 void Frm_Main::CommandLancer_Click() {
@@ -710,9 +780,7 @@ void Frm_Main::Form_Unload() {
             Svc().events->DoEvents();
             Svc().clock->Sleep(10);
         }
-        const std::string fichier = FichierPositions();
-        PositionFeuilleSauvegarde(*this, fichier);
-        TailleFeuilleSauvegarde(*this, fichier);
+        SauveGeometrie(*this);
         if (timerVeille_) timerVeille_->stop();
         if (timerHorloge_) timerHorloge_->stop();
         if (debugEcran_) debugEcran_->close();

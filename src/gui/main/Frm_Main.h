@@ -16,6 +16,7 @@
 #include <string>
 
 #include "DateTime.h"
+#include "Lib_Look.h"
 #include "Lib_Tableur.h"
 #include "Rapport.h"
 #include "Recherche.h"
@@ -68,6 +69,12 @@ class Frm_Main : public QMainWindow {
     void CommandLancer_Click();
     void Mnu01Veille_Click();
     void Mnu01Log_Click();
+    // Opens the options window (refused while a search runs); the look is applied again when it
+    // closes, and shown at once while the user edits it.
+    void Mnu01Options_Click();
+    // The look on the grids: font, colours, tab and grid style; re-lays out the current tab.
+    void AppliquerLook(const LookGeneral& look);
+    const LookGeneral& Look() const { return look_; }
     // Lays out and shows the current tab's controls (a tab change then rebuilds the caption).
     void ResizeCurrentOngletMain();
 
@@ -129,6 +136,7 @@ class Frm_Main : public QMainWindow {
     bool composantManquant_ = false;
     bool charge_ = false;
     bool dechargee_ = false;
+    LookGeneral look_;
 
     TableursMusique musique_;
     Grid publicite_;
