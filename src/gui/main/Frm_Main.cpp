@@ -24,7 +24,9 @@
 #include "EnteteGrille.h"
 #include "Etat.h"
 #include "FrmDebugEcran.h"
+#include "FrmDownload.h"
 #include "FrmSetup.h"
+#include "NavigateurFTP.h"
 #include "FrmSysTray.h"
 #include "Instance.h"
 #include "Lib_Config.h"
@@ -33,6 +35,7 @@
 #include "Lib_Messages.h"
 #include "Lib_Profile.h"
 #include "Lib_Public.h"
+#include "Lib_Settings.h"
 #include "Lib_Systeme.h"
 #include "LigneCommande.h"
 #include "ModeleGrille.h"
@@ -84,6 +87,8 @@ Frm_Main::Frm_Main(std::string ligneCommande, QWidget* parent)
     // The trace list is shown live from the very first line.
     debugEcran_ = new FrmDebugEcran(this);
     recherche_ = std::make_unique<RechercheStats>(musique_, publicite_);
+    // The options window's FTP entries open the FTP browser.
+    FrmSetup::navigateurFTP = &OuvrirNavigateurFTP;
     ConstruireControles();
 }
 
@@ -319,6 +324,21 @@ void Frm_Main::ConstruireControles() {
     action(outils, "Mnu01Debug", QStringLiteral("&Ecran de debug"), [this] {
         debugEcran_->show();
         debugEcran_->raise();
+    });
+    action(outils, "Mnu01MajFTP", QStringLiteral("&Mise à jour FTP…"), [this] {
+        // The update download from the first FTP entry of the options, into the data folder.
+        auto* f = findChild<FrmDownload*>();
+        if (!f) {
+            f = new FrmDownload(this);
+            f->setModal(true);  // no search starts while the data folder is being written
+        }
+        if (!f->isVisible()) {
+            const SettingsInternet reglages = InitSettingsInternet();
+            const ServeurFTP& e = reglages.serveurs[0];
+            f->Charger(e.serveur, e.user, e.pw, e.cnx, e.dossier, e.ftps);
+        }
+        f->show();
+        f->raise();
     });
     QAction* veille =
         action(outils, "Mnu01Veille", QStringLiteral("&Veille"), [this] { Mnu01Veille_Click(); });
@@ -595,6 +615,7 @@ void Frm_Main::ActiverControles(bool actifs) {
     sftTabsMain_->tabBar()->setEnabled(actifs);
     for (const char* nom : {"Mnu01Veille", "MnuQuitter"})
         if (QAction* a = Action(nom)) a->setEnabled(true);
+    if (QAction* a = Action("Mnu01MajFTP")) a->setEnabled(actifs);  // not into files being read
     // Export and print stay off until their windows exist.
 }
 
