@@ -20,6 +20,7 @@
 
 #include <cstdlib>
 
+#include "CommandesSortie.h"
 #include "EnteteGrille.h"
 #include "Etat.h"
 #include "FrmDebugEcran.h"
@@ -72,6 +73,7 @@ Frm_Main::Frm_Main(std::string ligneCommande, QWidget* parent)
     debugEcran_ = new FrmDebugEcran(this);
     recherche_ = std::make_unique<RechercheStats>(musique_, publicite_);
     ConstruireControles();
+    sortie_ = new CommandesSortie(*this);
 }
 
 Frm_Main::~Frm_Main() {
@@ -525,7 +527,10 @@ void Frm_Main::ActiverControles(bool actifs) {
     sftTabsMain_->tabBar()->setEnabled(actifs);
     for (const char* nom : {"Mnu01Veille", "MnuQuitter"})
         if (QAction* a = Action(nom)) a->setEnabled(true);
-    // Export, print and options stay off until their windows exist.
+    // The output commands read the grid a search is filling: off meanwhile.
+    for (const char* nom : {"MnuExportExcel", "MnuPrint", "MnuExportHistorique", "MnuStatsPassages"})
+        if (QAction* a = Action(nom)) a->setEnabled(actifs);
+    // Options stay off until their window exists.
 }
 
 void Frm_Main::CommandLancer_Click() {
