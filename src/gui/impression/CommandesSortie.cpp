@@ -1,6 +1,7 @@
 #include "CommandesSortie.h"
 
 #include <QAction>
+#include <QFontMetricsF>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
@@ -82,16 +83,22 @@ void PeindreImpression(QPrinter& printer, const Impression& impression) {
                 p.setPen(QPen(Couleur(t->couleur), t->epaisseur * k));
                 p.drawLine(QLineF(t->x1 * k, t->y1 * k, t->x2 * k, t->y2 * k));
             } else if (const auto* x = std::get_if<TexteDessine>(&prim)) {
+                const QString texte = QString::fromStdString(x->texte);
+                const QRectF r = cadre(x->cadre);
                 QFont police(QString::fromStdString(x->police.famille));
                 police.setPointSizeF(x->police.taille);
                 police.setBold(x->police.gras);
+                // The layout measured Arial; a machine without it (or a metric twin) draws a
+                // wider face: that text is made smaller until it fits its frame again.
+                const double largeur = QFontMetricsF(police, &printer).horizontalAdvance(texte);
+                if (largeur > r.width() && largeur > 0)
+                    police.setPointSizeF(x->police.taille * r.width() / largeur * 0.98);
                 p.setFont(police);
                 p.setPen(Qt::black);
                 const Qt::Alignment h = x->alignement == Alignement::Centre   ? Qt::AlignHCenter
                                         : x->alignement == Alignement::Droite ? Qt::AlignRight
                                                                               : Qt::AlignLeft;
-                p.drawText(cadre(x->cadre), h | Qt::AlignVCenter | Qt::TextSingleLine,
-                           QString::fromStdString(x->texte));
+                p.drawText(r, h | Qt::AlignVCenter | Qt::TextSingleLine, texte);
             }
         }
     }

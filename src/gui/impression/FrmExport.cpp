@@ -57,7 +57,8 @@ FrmExport::~FrmExport() {
 
 void FrmExport::SetTexteNature(const std::string& nature) {
     nature_ = nature;
-    if (const auto caption = CaptionExport(nature)) setWindowTitle(QString::fromStdString(*caption));
+    if (const auto caption = CaptionExport(nature))
+        setWindowTitle(QString::fromStdString(*caption));
 }
 
 void FrmExport::TransfertDataHistorique(const Grid& source) {

@@ -1,5 +1,7 @@
 #include "FrmStatsPassages.h"
 
+#include <algorithm>
+
 #include <QCloseEvent>
 #include <QHeaderView>
 #include <QLabel>
@@ -34,7 +36,7 @@ FrmStatsPassages::FrmStatsPassages(QWidget* parent) : QWidget(parent, Qt::Window
     page->setContentsMargins(4, 4, 4, 4);
     page->addWidget(vue_);
     page->addWidget(resume_);
-    resize(720, 520);
+    resize(900, 560);
 }
 
 FrmStatsPassages::~FrmStatsPassages() {
@@ -83,6 +85,9 @@ bool FrmStatsPassages::Remplir(int base, int station, const DateTime& debut, con
     }
     modele_->Suivre();
     vue_->resizeColumnsToContents();
+    // Long titles and artist pairs do not push the count out of sight.
+    for (int c = 0; c < modele_->columnCount(); ++c)
+        vue_->setColumnWidth(c, std::min(vue_->columnWidth(c), 260));
     std::string resume = std::to_string(grille_.MaxRows()) + " titre(s), " +
                          std::to_string(bilan_.passagesComptes) + " passage(s) du " +
                          FormatDDMMYYYY(debut) + " au " + FormatDDMMYYYY(fin);

@@ -12,14 +12,15 @@ void RestaurerGeometrie(QWidget& fenetre, const std::string& nom) {
         fenetre.resize(static_cast<int>(TwipsEnPixels(g.width)),
                        static_cast<int>(TwipsEnPixels(g.height)));
     if (g.positionLue)
-        fenetre.move(static_cast<int>(TwipsEnPixels(g.left)), static_cast<int>(TwipsEnPixels(g.top)));
+        fenetre.move(static_cast<int>(TwipsEnPixels(g.left)),
+                     static_cast<int>(TwipsEnPixels(g.top)));
     if (g.state == kFenetreMaximisee) fenetre.setWindowState(Qt::WindowMaximized);
 }
 
 void SauverGeometrie(const QWidget& fenetre, const std::string& nom) {
     GeometrieFenetre g;
     const QRect r = fenetre.isMaximized() || fenetre.isMinimized() ? fenetre.normalGeometry()
-                                                                    : fenetre.geometry();
+                                                                   : fenetre.geometry();
     g.left = PixelsEnTwips(fenetre.x());
     g.top = PixelsEnTwips(fenetre.y());
     g.width = PixelsEnTwips(r.width());
