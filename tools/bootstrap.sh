@@ -18,6 +18,7 @@ PACKAGES=(
     proftpd-mod-crypto # its TLS module: the FTPS tests
     xvfb xauth        # the windows' tests and screenshots without a display
     poppler-utils     # pdftotext/pdfinfo read back the printed pages
+    fonts-liberation  # Liberation Sans, with the metrics of Arial: the print layout measures Arial
     ccache            # optional: rebuilds after a branch switch take seconds
     # fuzzing (libFuzzer) and sanitizers with clang
     clang libclang-rt-14-dev

@@ -6,11 +6,16 @@
 #include <QDateEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QTabWidget>
 
 #include <cstdio>
 
+#include "CommandesSortie.h"
 #include "Etat.h"
+#include "FrmExport.h"
+#include "FrmStatsPassages.h"
 #include "FrmDebugEcran.h"
 #include "FrmColorPicker.h"
 #include "FrmMsgBox.h"
@@ -68,6 +73,28 @@ int main(int argc, char** argv) {
         w.ChoisirRapport(r.r);
         w.CommandLancer_Click();
         Capturer(w, out + "frm_main_" + r.nom + ".png");
+    }
+    // The output commands on the Quotas report: the print preview (and the same pages as a PDF,
+    // for pdftoppm), the history export and the play counts.
+    w.ChoisirRapport(zl3::Rapport::Quotas);
+    zl3::gui::CommandesSortie& sortie = *w.Sortie();
+    sortie.apercu = [&](QPrintPreviewDialog& d) {
+        d.show();
+        Capturer(d, out + "apercu_impression.png");
+        QPrinter* p = d.printer();
+        p->setOutputFormat(QPrinter::PdfFormat);
+        p->setOutputFileName(out + "impression_quotas.pdf");
+        emit d.paintRequested(p);
+    };
+    sortie.MnuPrint_Click();
+    if (zl3::gui::FrmExport* e = sortie.MnuExportHistorique_Click()) {
+        e->resize(900, 500);
+        Capturer(*e, out + "frm_export.png");
+        e->close();
+    }
+    if (zl3::gui::FrmStatsPassages* f = sortie.MnuStatsPassages_Click()) {
+        Capturer(*f, out + "frm_stats_passages.png");
+        f->close();
     }
     w.OngletsMain()->setCurrentIndex(2);
     Capturer(w, out + "frm_main_incidents.png");

@@ -21,6 +21,7 @@
 
 #include <cstdlib>
 
+#include "CommandesSortie.h"
 #include "EnteteGrille.h"
 #include "Etat.h"
 #include "FrmDebugEcran.h"
@@ -90,6 +91,7 @@ Frm_Main::Frm_Main(std::string ligneCommande, QWidget* parent)
     // The options window's FTP entries open the FTP browser.
     FrmSetup::navigateurFTP = &OuvrirNavigateurFTP;
     ConstruireControles();
+    sortie_ = new CommandesSortie(*this);
 }
 
 Frm_Main::~Frm_Main() {
@@ -616,7 +618,9 @@ void Frm_Main::ActiverControles(bool actifs) {
     for (const char* nom : {"Mnu01Veille", "MnuQuitter"})
         if (QAction* a = Action(nom)) a->setEnabled(true);
     if (QAction* a = Action("Mnu01MajFTP")) a->setEnabled(actifs);  // not into files being read
-    // Export and print stay off until their windows exist.
+    // The output commands read the grid a search is filling: off meanwhile.
+    for (const char* nom : {"MnuExportExcel", "MnuPrint", "MnuExportHistorique", "MnuStatsPassages"})
+        if (QAction* a = Action(nom)) a->setEnabled(actifs);
 }
 
 void Frm_Main::CommandLancer_Click() {

@@ -39,6 +39,7 @@ class VerrouNomme;
 
 namespace zl3::gui {
 
+class CommandesSortie;
 class FrmDebugEcran;
 class FrmSysTray;
 class ModeleGrille;
@@ -99,6 +100,7 @@ class Frm_Main : public QMainWindow {
     QComboBox* ComboBases() const { return comboBases_; }
     QComboBox* ComboStations() const { return comboStations_; }
     FrmDebugEcran* DebugEcran() const { return debugEcran_; }
+    CommandesSortie* Sortie() const { return sortie_; }
     FrmSysTray* SysTray() const { return sysTray_; }
     SocketUDP* Sockets() const { return sockets_; }
     RechercheStats& Recherche() { return *recherche_; }
@@ -109,6 +111,8 @@ class Frm_Main : public QMainWindow {
     void SuivreGrillesDeTempsEnTemps();
     // The quitting flag is set once the exit is confirmed; a later copy may ask to quit.
     void DemandeDeQuitter();
+    // The status line (and, framed, the trace).
+    void Statut(const std::string& texte, bool encadre = true);
 
   protected:
     void closeEvent(QCloseEvent* e) override;
@@ -120,7 +124,6 @@ class Frm_Main : public QMainWindow {
     void ConstruireControles();  // the window's designed controls
     void CreationDesObjets();    // its auxiliary objects: tray icon, sockets, instance server
     void RemplirStations();
-    void Statut(const std::string& texte, bool encadre = true);
     void ActiverControles(bool actifs);
     void Form_QueryUnload();
     void Form_Unload();
@@ -163,6 +166,7 @@ class Frm_Main : public QMainWindow {
     QTimer* timerHorloge_ = nullptr;
 
     FrmDebugEcran* debugEcran_ = nullptr;
+    CommandesSortie* sortie_ = nullptr;  // export, print, history export, play counts
     FrmSysTray* sysTray_ = nullptr;
     SocketUDP* sockets_ = nullptr;
     ServeurInstance* serveurInstance_ = nullptr;
