@@ -16,6 +16,7 @@
 #include <string>
 
 #include "DateTime.h"
+#include "Incidents.h"
 #include "Lib_Tableur.h"
 #include "Rapport.h"
 #include "Recherche.h"
@@ -41,6 +42,9 @@ namespace zl3::gui {
 class FrmDebugEcran;
 class FrmSysTray;
 class ModeleGrille;
+class OngletIncidents;
+class FrmListeRechercheMulti;
+class FrmDetailDonnees;
 class ServeurInstance;
 class SocketUDP;
 
@@ -95,6 +99,11 @@ class Frm_Main : public QMainWindow {
     FrmSysTray* SysTray() const { return sysTray_; }
     SocketUDP* Sockets() const { return sockets_; }
     RechercheStats& Recherche() { return *recherche_; }
+    OngletIncidents* Incidents() const { return incidents_; }
+    // The track search window (created on first use) and the broadcasts behind row `row` of the
+    // advertising grid, over the period and station of the last advertising search.
+    FrmListeRechercheMulti* RechercheMulti();
+    FrmDetailDonnees* DetailPublicite(int row);
     // Brings every grid view up to date with its grid.
     void SuivreGrilles();
     // The same, at most every 100 ms: run before each event-loop turn, so that a search that
@@ -123,6 +132,8 @@ class Frm_Main : public QMainWindow {
     void APropos();
     void MnuWhatNews_Click();
     void MajHorloge();
+    // The incidents check's period, station and caller slot (the "Vérifier" button).
+    bool ParametresIncidents(ParametresVerification& p);
 
     std::string ligneCommande_;
     int64_t dernierSuivi_ = -1;
@@ -158,6 +169,9 @@ class Frm_Main : public QMainWindow {
     FrmSysTray* sysTray_ = nullptr;
     SocketUDP* sockets_ = nullptr;
     ServeurInstance* serveurInstance_ = nullptr;
+    OngletIncidents* incidents_ = nullptr;
+    FrmListeRechercheMulti* rechercheMulti_ = nullptr;
+    std::optional<ParametresRecherche> dernierePublicite_;
 };
 
 }  // namespace zl3::gui
