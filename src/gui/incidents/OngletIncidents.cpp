@@ -63,6 +63,11 @@ OngletIncidents::OngletIncidents(QWidget* parent) : QWidget(parent) {
     connect(purger_, &QPushButton::clicked, this, [this] { Purger(); });
 }
 
+OngletIncidents::~OngletIncidents() {
+    // The view reads the grid: it goes first.
+    delete vue_;
+}
+
 void OngletIncidents::Charger() {
     if (charge_) return;
     charge_ = true;

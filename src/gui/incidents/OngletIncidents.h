@@ -29,6 +29,7 @@ class OngletIncidents : public QWidget {
     Q_OBJECT
   public:
     explicit OngletIncidents(QWidget* parent = nullptr);
+    ~OngletIncidents() override;
 
     // The tab widget that holds this page, whose caption flashes.
     void DefinirOnglets(QTabWidget* onglets) { onglets_ = onglets; }

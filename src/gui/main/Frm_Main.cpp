@@ -80,6 +80,8 @@ Frm_Main::Frm_Main(std::string ligneCommande, QWidget* parent)
 
 Frm_Main::~Frm_Main() {
     if (charge_ && !dechargee_) Form_Unload();
+    // The views read the grids, which are members: the views go while the grids still exist.
+    delete takeCentralWidget();
 }
 
 bool Frm_Main::Form_Initialize() {

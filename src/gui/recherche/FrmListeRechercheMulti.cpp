@@ -56,6 +56,18 @@ bool TriGrille::lessThan(const QModelIndex& a, const QModelIndex& b) const {
     return QString::localeAwareCompare(va.toString(), vb.toString()) < 0;
 }
 
+void SupprimerVues(QWidget& w) {
+    qDeleteAll(w.findChildren<QWidget*>(Qt::FindDirectChildrenOnly));
+}
+
+// The broadcasts of one track.
+class FrmDiffusionsMorceau : public QDialog {
+  public:
+    using QDialog::QDialog;
+    ~FrmDiffusionsMorceau() override { SupprimerVues(*this); }
+    Grid grille;
+};
+
 QTableView* VueGrille(const char* nom, QAbstractItemModel* modele, const Grid& grille) {
     auto* vue = new QTableView;
     vue->setObjectName(nom);
@@ -132,6 +144,10 @@ FrmListeRechercheMulti::FrmListeRechercheMulti(QWidget* parent) : QDialog(parent
     resize(960, 560);
 }
 
+FrmListeRechercheMulti::~FrmListeRechercheMulti() {
+    SupprimerVues(*this);
+}
+
 void FrmListeRechercheMulti::Rechercher() {
     if (enCours_) {
         arret_ = true;
@@ -187,16 +203,15 @@ QDialog* FrmListeRechercheMulti::OuvrirDiffusions(int row) {
     std::string erreur;
     const auto diffusions = DiffusionsMorceau(derniers_.source, derniers_.station, cle,
                                               derniers_.debut, derniers_.fin, &erreur);
-    auto* f = new QDialog(this);
+    auto* f = new FrmDiffusionsMorceau(this);
     f->setObjectName("FrmDiffusionsMorceau");
     f->setAttribute(Qt::WA_DeleteOnClose);
     f->setWindowTitle(QStringLiteral("Diffusions de %1 - %2")
                           .arg(QString::fromStdString(cle),
                                QString::fromStdString(grille_.Text(kMulTitre, ligne))));
-    auto* grille = new Grid;
+    Grid* grille = &f->grille;
     RemplirTableurDiffusions(*grille, diffusions);
     auto* modele = new ModeleGrille(*grille, f);
-    connect(f, &QObject::destroyed, [grille] { delete grille; });
     auto* l = new QVBoxLayout(f);
     QString texte = QStringLiteral("%1 diffusion(s) du %2 au %3")
                         .arg(diffusions.size())
@@ -264,6 +279,10 @@ FrmDetailDonnees::FrmDetailDonnees(const ParametresDetail& p, const QString& tit
     connect(exporter, &QPushButton::clicked, this, [this] { Exporter(); });
     connect(fermer, &QPushButton::clicked, this, &QDialog::close);
     resize(640, 480);
+}
+
+FrmDetailDonnees::~FrmDetailDonnees() {
+    SupprimerVues(*this);
 }
 
 ResultatExport FrmDetailDonnees::Exporter() {

@@ -38,6 +38,10 @@ class TriGrille : public QSortFilterProxyModel {
     bool lessThan(const QModelIndex& a, const QModelIndex& b) const override;
 };
 
+// The child widgets of `w` deleted while the grids their views read still exist (a window's grids
+// are members, gone before QWidget's destructor hides and deletes the children).
+void SupprimerVues(QWidget& w);
+
 // A grid view as the tool's windows show them.
 QTableView* VueGrille(const char* nom, QAbstractItemModel* modele, const Grid& grille);
 
@@ -45,6 +49,7 @@ class FrmListeRechercheMulti : public QDialog {
     Q_OBJECT
   public:
     explicit FrmListeRechercheMulti(QWidget* parent = nullptr);
+    ~FrmListeRechercheMulti() override;
 
     // The period, station and caller slot of the search, from the main window; false when none
     // can be given now (the main window has said why).
@@ -85,6 +90,7 @@ class FrmDetailDonnees : public QDialog {
   public:
     // Fills the grid for the line at once; `titre` names the line in the caption.
     FrmDetailDonnees(const ParametresDetail& p, const QString& titre, QWidget* parent = nullptr);
+    ~FrmDetailDonnees() override;
     const Grid& Grille() const { return grille_; }
     const BilanDetail& Bilan() const { return bilan_; }
     // The save dialog of the export (tests replace it).
