@@ -93,6 +93,7 @@ FrmTexte::FrmTexte(const QString& titre, const QString& texte, QWidget* parent) 
     texte_->setReadOnly(true);
     l->addWidget(texte_);
     auto* boutons = new QDialogButtonBox(QDialogButtonBox::Close);
+    boutons->button(QDialogButtonBox::Close)->setText(QStringLiteral("Fermer"));
     connect(boutons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     l->addWidget(boutons);
     resize(620, 460);
@@ -130,6 +131,7 @@ FrmNotes::FrmNotes(const std::string& dossier, QWidget* parent) : QDialog(parent
     separation->setStretchFactor(1, 3);
     l->addWidget(separation, 1);
     auto* boutons = new QDialogButtonBox(QDialogButtonBox::Close);
+    boutons->button(QDialogButtonBox::Close)->setText(QStringLiteral("Fermer"));
     connect(boutons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     l->addWidget(boutons);
     QDir d(QString::fromStdString(dossier));
@@ -181,6 +183,7 @@ FrmSelectBase::FrmSelectBase(QWidget* parent) : QDialog(parent) {
         combo_->addItem(QString::fromStdString(c.bases[b].lib), static_cast<int>(b + 1));
     l->addWidget(combo_);
     auto* boutons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    boutons->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("Annuler"));
     connect(boutons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(boutons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     l->addWidget(boutons);
