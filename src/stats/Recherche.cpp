@@ -466,6 +466,24 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     }
 }
 
+IdentiteLignePub IdentiteDiffusionPub(std::span<const uint8_t> log) {
+    namespace lp = rec::LogPub;
+    IdentiteLignePub l;
+    l.client = Trim(rec::GetText(log, lp::CodeClient));
+    const std::string reference = Trim(rec::GetText(log, lp::Reference));
+    std::vector<std::string> parties;
+    for (size_t start = 0;;) {
+        const size_t bar = reference.find(lp::kSeparateurReference, start);
+        parties.push_back(Trim(reference.substr(
+            start, bar == std::string::npos ? std::string::npos : bar - start)));
+        if (bar == std::string::npos) break;
+        start = bar + 1;
+    }
+    l.zone = parties.size() == 2 ? parties[0] + "/" + parties[1] : reference;
+    l.message = Trim(rec::GetText(log, lp::CleSpot)) + "/" + Trim(rec::GetText(log, lp::CleMessage));
+    return l;
+}
+
 void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
     namespace lp = rec::LogPub;
     Grid& g = publicite_;
@@ -491,23 +509,14 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
         if (arret_) break;
 
         auto log = TamponEnreg(kFichierLogPub);
-        const std::string client = Trim(rec::GetText(log, lp::CodeClient));
+        const IdentiteLignePub ligne = IdentiteDiffusionPub(log);
+        const std::string& client = ligne.client;
         rec::SetText(log, lp::CodeClient, client);
         if (client.empty()) continue;
-        const std::string reference = Trim(rec::GetText(log, lp::Reference));
-        std::vector<std::string> parties;
-        for (size_t start = 0;;) {
-            const size_t bar = reference.find(lp::kSeparateurReference, start);
-            parties.push_back(Trim(reference.substr(
-                start, bar == std::string::npos ? std::string::npos : bar - start)));
-            if (bar == std::string::npos) break;
-            start = bar + 1;
-        }
-        const std::string zone = parties.size() == 2 ? parties[0] + "/" + parties[1] : reference;
-        const std::string cleSpot = Trim(rec::GetText(log, lp::CleSpot));
+        const std::string& zone = ligne.zone;
         const std::string cleMessage = rec::GetBytes(log, lp::CleMessage);
         const std::string noContrat = rec::GetBytes(log, lp::NoContrat);
-        const std::string colMessage = cleSpot + "/" + Trim(rec::GetText(log, lp::CleMessage));
+        const std::string& colMessage = ligne.message;
 
         // The line of this client, message and zone; the client's and the message's first lines
         // carry their running totals.

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,16 @@ struct PassagesMorceau {
     std::string categorie;
     long nb = 0;
 };
+
+// What makes a line of the advertising grid: the client's code (column 1), the commercial and
+// message keys "spot/message" (column 5) and the zone "region/town" (column 7), from a log
+// record. An empty client: the record is counted nowhere.
+struct IdentiteLignePub {
+    std::string client;
+    std::string message;
+    std::string zone;
+};
+IdentiteLignePub IdentiteDiffusionPub(std::span<const uint8_t> log);
 
 // The warning of an incomplete report, as the grid's status and the command line show it.
 std::string TexteRapportIncomplet(const std::vector<std::string>& erreurs);

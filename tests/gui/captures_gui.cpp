@@ -18,6 +18,10 @@
 #include "FrmStatsPassages.h"
 #include "FrmDebugEcran.h"
 #include "FrmColorPicker.h"
+#include "FenetresAide.h"
+#include "FrmDebugEcran.h"
+#include "FrmListeRechercheMulti.h"
+#include <QPushButton>
 #include "FrmMsgBox.h"
 #include "FrmSetup.h"
 #include "Frm_Main.h"
@@ -97,7 +101,30 @@ int main(int argc, char** argv) {
         f->close();
     }
     w.OngletsMain()->setCurrentIndex(2);
+    if (auto* verifier = w.findChild<QPushButton*>("CommandVerifier")) verifier->click();
     Capturer(w, out + "frm_main_incidents.png");
+
+    // The windows around the main window.
+    auto* multi = w.RechercheMulti();
+    multi->show();
+    multi->Rechercher();
+    Capturer(*multi, out + "frm_liste_recherche_multi.png");
+    if (QDialog* d = multi->OuvrirDiffusions(0)) Capturer(*d, out + "frm_diffusions_morceau.png");
+    w.ChoisirRapport(zl3::Rapport::Publicite);
+    if (auto* detail = w.DetailPublicite(1)) Capturer(*detail, out + "frm_detail_donnees.png");
+    zl3::gui::FrmAbout about(&w);
+    about.show();
+    Capturer(about, out + "frm_about.png");
+    if (auto* notes = zl3::gui::AfficherNote(&w, 1)) Capturer(*notes, out + "frm_notes.png");
+    if (auto* nouveautes = zl3::gui::AfficherNouveautes(&w))
+        Capturer(*nouveautes, out + "frm_nouveautes.png");
+    zl3::gui::FrmSelectBase bases(&w);
+    bases.show();
+    Capturer(bases, out + "frm_select_base.png");
+    zl3::gui::FrmProgression progression(&w);
+    progression.Debut(QStringLiteral("Vérification des données..."), 100);
+    progression.Avancer(40);
+    Capturer(progression, out + "frm_progression.png");
 
     zl3::gui::FrmMsgBoxDialog question(zl3::MessageRequest{
         "Voulez-vous quitter le programme ?", "Zelvar: Tools Stats", zl3::kMbYesNo | zl3::kMbQuestion});

@@ -24,10 +24,12 @@
 #include "CommandesSortie.h"
 #include "EnteteGrille.h"
 #include "Etat.h"
+#include "FenetresAide.h"
 #include "FrmDebugEcran.h"
 #include "FrmDownload.h"
 #include "FrmSetup.h"
 #include "NavigateurFTP.h"
+#include "FrmListeRechercheMulti.h"
 #include "FrmSysTray.h"
 #include "Instance.h"
 #include "Lib_Config.h"
@@ -40,6 +42,7 @@
 #include "Lib_Systeme.h"
 #include "LigneCommande.h"
 #include "ModeleGrille.h"
+#include "OngletIncidents.h"
 #include "ReglagesFenetres.h"
 #include "Services.h"
 #include "SocketUDP.h"
@@ -96,6 +99,8 @@ Frm_Main::Frm_Main(std::string ligneCommande, QWidget* parent)
 
 Frm_Main::~Frm_Main() {
     if (charge_ && !dechargee_) Form_Unload();
+    // The views read the grids, which are members: the views go while the grids still exist.
+    delete takeCentralWidget();
 }
 
 bool Frm_Main::Form_Initialize() {
@@ -181,7 +186,7 @@ bool Frm_Main::Form_Load() {
         etat.demandeVeille = true;
         timerVeille_->start();
     }
-    if (OptionIncidents()) TraceLog("FrmMain: Incidents: nothing recorded");
+    if (OptionIncidents()) incidents_->Charger();
     ResizeCurrentOngletMain();
     Statut("Tools Stats: Ready", false);
     TraceLogForce();
@@ -342,6 +347,14 @@ void Frm_Main::ConstruireControles() {
         f->show();
         f->raise();
     });
+    action(outils, "MnuRechercheMulti", QStringLiteral("&Recherche de titres..."), [this] {
+        FrmListeRechercheMulti* f = RechercheMulti();
+        f->show();
+        f->raise();
+    });
+    action(outils, "MnuNotes", QStringLiteral("&Notes..."), [this] {
+        AfficherNote(this, StationChoisie().first);
+    });
     QAction* veille =
         action(outils, "Mnu01Veille", QStringLiteral("&Veille"), [this] { Mnu01Veille_Click(); });
     veille->setCheckable(true);
@@ -406,6 +419,19 @@ void Frm_Main::ConstruireControles() {
         vue->verticalHeader()->setDefaultSectionSize(vue->fontMetrics().height() + 6);
         vues_[i] = vue;
     }
+    // The broadcasts behind a line of the advertising grid: double-click or context menu.
+    QTableView* pub = vues_[IndexVue(Rapport::Publicite)];
+    connect(pub, &QTableView::doubleClicked, this,
+            [this](const QModelIndex& i) { DetailPublicite(i.row() + 1); });
+    pub->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(pub, &QTableView::customContextMenuRequested, this, [this, pub](const QPoint& pos) {
+        const QModelIndex i = pub->indexAt(pos);
+        if (!i.isValid()) return;
+        QMenu menu(this);
+        menu.addAction(QStringLiteral("Détail des diffusions..."), this,
+                       [this, i] { DetailPublicite(i.row() + 1); });
+        menu.exec(pub->viewport()->mapToGlobal(pos));
+    });
     sftTabsMain_ = new QTabWidget;
     sftTabsMain_->setObjectName("SftTabsMain");
     auto* pageMusique = new QWidget;
@@ -430,19 +456,18 @@ void Frm_Main::ConstruireControles() {
     sftTabsPublicite_->addTab(QStringLiteral("Diffusions"));
     lp->addWidget(sftTabsPublicite_);
     lp->addWidget(vues_[3], 1);
-    auto* pageIncidents = new QWidget;
-    auto* li = new QVBoxLayout(pageIncidents);
-    auto* aucun = new QLabel(QStringLiteral("Aucun incident enregistré."));
-    aucun->setAlignment(Qt::AlignCenter);
-    li->addWidget(aucun);
+    incidents_ = new OngletIncidents;
+    incidents_->parametres = [this](ParametresVerification& p) { return ParametresIncidents(p); };
     sftTabsMain_->addTab(pageMusique, kOngletMusique);
     sftTabsMain_->addTab(pagePub, kOngletPublicite);
-    sftTabsMain_->addTab(pageIncidents, kOngletIncidents);
+    sftTabsMain_->addTab(incidents_, kOngletIncidents);
+    incidents_->DefinirOnglets(sftTabsMain_);
     page->addWidget(sftTabsMain_, 1);
     setCentralWidget(central);
     // A tab change lays the tab out, then the caption names the selection.
     auto changement = [this] {
         ResizeCurrentOngletMain();
+        if (sftTabsMain_->currentWidget() == incidents_) incidents_->Montre();
         QString selection = sftTabsMain_->tabText(sftTabsMain_->currentIndex());
         if (selection == kOngletMusique)
             selection += " - " + sftTabsMusique_->tabText(sftTabsMusique_->currentIndex());
@@ -676,9 +701,21 @@ void Frm_Main::CommandLancer_Click() {
         p.station = station;
         p.source = session_.Source();
         recherche_->CommandLancer_Click(p);
+        if (*rapport == Rapport::Publicite) dernierePublicite_ = p;
         SablierOff();
-        Etat().rechercheEnCours = false;
         SuivreGrilles();
+        // A completed search: the same period and station checked, on the files already open.
+        if (!recherche_->Bilan().arretee && recherche_->Bilan().effectuee) {
+            ParametresVerification v;
+            v.debut = debut;
+            v.fin = fin;
+            v.station = station;
+            v.source = session_.Source();
+            v.musique = *rapport != Rapport::Publicite;
+            v.publicite = *rapport == Rapport::Publicite;
+            incidents_->Verifier(v);
+        }
+        Etat().rechercheEnCours = false;
         ActiverControles(true);
         const BilanRecherche& b = recherche_->Bilan();
         std::string bilan = *rapport == Rapport::Publicite
@@ -693,6 +730,62 @@ void Frm_Main::CommandLancer_Click() {
         ActiverControles(true);
         TraceErreur(id, 0, e.what());
     }
+}
+
+bool Frm_Main::ParametresIncidents(ParametresVerification& p) {
+    if (Etat().rechercheEnCours || recherche_->EnCours()) return false;
+    const auto [base, station] = StationChoisie();
+    if (base < 1 || station < 1) {
+        AffMsg("Veuillez choisir une station.", kTitreApplication, kMbOk | kMbExclamation);
+        return false;
+    }
+    if (DayDiff(DebutPeriode(), FinPeriode()) < 0) {
+        AffMsg("La date de fin est avant la date de début.", kTitreApplication,
+               kMbOk | kMbExclamation);
+        return false;
+    }
+    const int nbStations = Config().bases[static_cast<size_t>(base - 1)].nbStation;
+    if (!session_.Ouverte() || session_.Base() != base) session_.Ouvrir(base, 1, nbStations);
+    p.debut = DebutPeriode();
+    p.fin = FinPeriode();
+    p.station = station;
+    p.source = session_.Source();
+    return true;
+}
+
+FrmListeRechercheMulti* Frm_Main::RechercheMulti() {
+    if (!rechercheMulti_) {
+        rechercheMulti_ = new FrmListeRechercheMulti(this);
+        rechercheMulti_->contexte = [this](CriteresMorceaux& c) {
+            ParametresVerification p;
+            if (!ParametresIncidents(p)) return false;
+            c.debut = p.debut;
+            c.fin = p.fin;
+            c.station = p.station;
+            c.source = p.source;
+            return true;
+        };
+    }
+    return rechercheMulti_;
+}
+
+FrmDetailDonnees* Frm_Main::DetailPublicite(int row) {
+    if (!dernierePublicite_ || row < 1 || row > publicite_.MaxRows()) return nullptr;
+    if (Etat().rechercheEnCours || recherche_->EnCours()) return nullptr;
+    const ParametresRecherche& r = *dernierePublicite_;
+    ParametresDetail p;
+    p.debut = r.debut;
+    p.fin = r.fin;
+    p.station = r.station;
+    p.source = r.source;
+    p.client = publicite_.Text(kPubClient, row);
+    p.message = publicite_.Text(kPubMessage, row);
+    p.zone = publicite_.Text(kPubZone, row);
+    auto* f = new FrmDetailDonnees(
+        p, QString::fromStdString(publicite_.Text(kPubNomClient, row)), this);
+    f->setAttribute(Qt::WA_DeleteOnClose);
+    f->show();
+    return f;
 }
 
 void Frm_Main::Mnu01Veille_Click() {
@@ -729,18 +822,13 @@ void Frm_Main::Restaurer() {
 }
 
 void Frm_Main::APropos() {
-    AffMsg(std::string(kTitreApplication) + "\nVersion " + kVersionApplication + "\n\n" +
-               "Statistiques de diffusion: quotas, Top Diffusion, SACEM, publicité.\n" +
-               "Poste: " + sys::ComputerName(),
-           "A propos", kMbOk | kMbInformation);
+    auto* f = new FrmAbout(this);
+    f->setAttribute(Qt::WA_DeleteOnClose);
+    f->show();
 }
 
 void Frm_Main::MnuWhatNews_Click() {
-    AffMsg(std::string("Version ") + kVersionApplication + ":\n" +
-               "- fenêtre principale: période, base, station, bouton Lancer / Stopper\n" +
-               "- rapports Quotas, Top Diffusion, SACEM et publicité à l'écran\n" +
-               "- icône dans la zone de notification (Veille)",
-           "Nouveautés", kMbOk | kMbInformation);
+    AfficherNouveautes(this);
 }
 
 void Frm_Main::Mnu01Log_Click() {

@@ -17,6 +17,7 @@
 
 #include "DateTime.h"
 #include "Lib_Look.h"
+#include "Incidents.h"
 #include "Lib_Tableur.h"
 #include "Rapport.h"
 #include "Recherche.h"
@@ -43,6 +44,9 @@ class CommandesSortie;
 class FrmDebugEcran;
 class FrmSysTray;
 class ModeleGrille;
+class OngletIncidents;
+class FrmListeRechercheMulti;
+class FrmDetailDonnees;
 class ServeurInstance;
 class SocketUDP;
 
@@ -104,6 +108,11 @@ class Frm_Main : public QMainWindow {
     FrmSysTray* SysTray() const { return sysTray_; }
     SocketUDP* Sockets() const { return sockets_; }
     RechercheStats& Recherche() { return *recherche_; }
+    OngletIncidents* Incidents() const { return incidents_; }
+    // The track search window (created on first use) and the broadcasts behind row `row` of the
+    // advertising grid, over the period and station of the last advertising search.
+    FrmListeRechercheMulti* RechercheMulti();
+    FrmDetailDonnees* DetailPublicite(int row);
     // Brings every grid view up to date with its grid.
     void SuivreGrilles();
     // The same, at most every 100 ms: run before each event-loop turn, so that a search that
@@ -133,6 +142,8 @@ class Frm_Main : public QMainWindow {
     void APropos();
     void MnuWhatNews_Click();
     void MajHorloge();
+    // The incidents check's period, station and caller slot (the "Vérifier" button).
+    bool ParametresIncidents(ParametresVerification& p);
 
     std::string ligneCommande_;
     int64_t dernierSuivi_ = -1;
@@ -170,6 +181,9 @@ class Frm_Main : public QMainWindow {
     FrmSysTray* sysTray_ = nullptr;
     SocketUDP* sockets_ = nullptr;
     ServeurInstance* serveurInstance_ = nullptr;
+    OngletIncidents* incidents_ = nullptr;
+    FrmListeRechercheMulti* rechercheMulti_ = nullptr;
+    std::optional<ParametresRecherche> dernierePublicite_;
 };
 
 }  // namespace zl3::gui
