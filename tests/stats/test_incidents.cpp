@@ -23,17 +23,6 @@ class IncidentsTest : public test::BaseTest {
         rec::SetText(r, rec::Client::NomClient, nom);
         Inserer(3);
     }
-    void Diffusion(const DateTime& t, const std::string& client, const std::string& spot) {
-        namespace l = rec::LogPub;
-        auto r = Nouveau(18);
-        rec::SetBytes(r, l::Date, FormatYYYYMMDD(t));
-        rec::SetBytes(r, l::Heure, PadNumber(t.hour, 2));
-        rec::SetBytes(r, l::Minute, PadNumber(t.minute, 2));
-        rec::SetBytes(r, l::Seconde, PadNumber(t.second, 2));
-        rec::SetBytes(r, l::CodeClient, client);
-        rec::SetBytes(r, l::CleSpot, spot);
-        Inserer(18);
-    }
     void Prevu(const DateTime& t, const std::string& spot) {
         namespace c = rec::ConducteurPub;
         auto r = Nouveau(27);
@@ -52,7 +41,7 @@ class IncidentsTest : public test::BaseTest {
         Morceau("00100002", "N");
         Historique("00100002", {test::At(2026, 10, 5, 9)});
         Prevu(test::At(2026, 10, 3, 8), "SPOT0001");
-        Diffusion(test::At(2026, 10, 3, 8, 1), "CLI00001", "SPOT0001");
+        DiffusionPub(test::At(2026, 10, 3, 8, 1), "CLI00001", "SPOT0001");
     }
     std::vector<std::pair<GenreIncident, std::string>> Trouves() {
         std::vector<std::pair<GenreIncident, std::string>> v;
@@ -105,8 +94,8 @@ TEST_F(IncidentsTest, EachKindIsFoundWithTheKeyOfItsRecord) {
     Historique("00500009", {test::At(2026, 10, 4, 9)});
     // Advertising: a client unknown, a broadcast without client, a planned spot never aired, an
     // aired spot never planned.
-    Diffusion(test::At(2026, 10, 6, 9), "CLI00099", "SPOT0002");
-    Diffusion(test::At(2026, 10, 7, 9), "", "SPOT0003");
+    DiffusionPub(test::At(2026, 10, 6, 9), "CLI00099", "SPOT0002");
+    DiffusionPub(test::At(2026, 10, 7, 9), "", "SPOT0003");
     Prevu(test::At(2026, 10, 8, 9), "SPOT0004");
 
     const Attendus attendus = {

@@ -54,18 +54,7 @@ class PubliciteTest : public test::BaseTest {
     void Diffusion(const DateTime& t, const std::string& client, const std::string& spot,
                    const std::string& message, const std::string& reference,
                    const std::string& contrat = "000101") {
-        namespace l = rec::LogPub;
-        auto r = Nouveau(18);
-        rec::SetBytes(r, l::Date, FormatYYYYMMDD(t));
-        rec::SetBytes(r, l::Heure, PadNumber(t.hour, 2));
-        rec::SetBytes(r, l::Minute, PadNumber(t.minute, 2));
-        rec::SetBytes(r, l::Seconde, PadNumber(t.second, 2));
-        rec::SetBytes(r, l::CodeClient, client);
-        rec::SetBytes(r, l::CleSpot, spot);
-        rec::SetBytes(r, l::CleMessage, message);
-        rec::SetText(r, l::Reference, reference);
-        rec::SetBytes(r, l::NoContrat, contrat);
-        Inserer(18);
+        DiffusionPub(t, client, spot, message, reference, contrat);
     }
     Grid& Lancer(DateTime debut, DateTime fin) {
         OuvrirFichiersRecherche(0, 1, 1);

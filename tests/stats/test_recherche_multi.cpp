@@ -90,17 +90,7 @@ TEST_F(RechercheMultiTest, TheDetailOfAnAdvertisingLineIsExactlyItsLineTotal) {
     CreerFichiers({1, 3, 5, 26, 32});
     auto diffusion = [this](const DateTime& t, const std::string& client, const std::string& spot,
                             const std::string& message, const std::string& zone) {
-        namespace l = rec::LogPub;
-        auto r = Nouveau(18);
-        rec::SetBytes(r, l::Date, FormatYYYYMMDD(t));
-        rec::SetBytes(r, l::Heure, PadNumber(t.hour, 2));
-        rec::SetBytes(r, l::Minute, PadNumber(t.minute, 2));
-        rec::SetBytes(r, l::Seconde, PadNumber(t.second, 2));
-        rec::SetBytes(r, l::CodeClient, client);
-        rec::SetBytes(r, l::CleSpot, spot);
-        rec::SetBytes(r, l::CleMessage, message);
-        rec::SetText(r, l::Reference, zone);
-        Inserer(18);
+        DiffusionPub(t, client, spot, message, zone);
     };
     diffusion(At(2026, 10, 2, 8, 0, 5), "CLI00001", "SPOT0001", "MSG00001", "HDF|LILLE");
     diffusion(At(2026, 10, 2, 9), "CLI00001", "SPOT0001", "MSG00001", " HDF | LILLE ");

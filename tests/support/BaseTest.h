@@ -105,6 +105,25 @@ class BaseTest : public SiteTest {
         Inserer(21, station);
     }
 
+    // An advertising broadcast (FRAD018): its time, client, spot, message, zone ("region|town")
+    // and contract.
+    void DiffusionPub(const DateTime& t, const std::string& client, const std::string& spot,
+                      const std::string& message = "", const std::string& reference = "",
+                      const std::string& contrat = "", int station = 1) {
+        namespace l = rec::LogPub;
+        auto r = Nouveau(18);
+        rec::SetBytes(r, l::Date, FormatYYYYMMDD(t));
+        rec::SetBytes(r, l::Heure, PadNumber(t.hour, 2));
+        rec::SetBytes(r, l::Minute, PadNumber(t.minute, 2));
+        rec::SetBytes(r, l::Seconde, PadNumber(t.second, 2));
+        rec::SetBytes(r, l::CodeClient, client);
+        rec::SetBytes(r, l::CleSpot, spot);
+        rec::SetBytes(r, l::CleMessage, message);
+        rec::SetText(r, l::Reference, reference);
+        rec::SetBytes(r, l::NoContrat, contrat);
+        Inserer(18, station);
+    }
+
     std::string data_;
 };
 
