@@ -408,9 +408,14 @@ TEST_F(FenetreTest, LookOfTheSettingsOnTheGridsFromStartAndAtOnceFromTheOptions)
     WriteProfileString("ListeTV", "TaillePolice", "15", f);
     WriteProfileString("Couleur", "TV_Fond", std::to_string(RGBCouleur(200, 10, 20)), f);
     WriteProfileString("Couleur", "Selection_Fond", std::to_string(RGBCouleur(0, 0, 90)), f);
+    WriteProfileString("General_Out", "AffArtiste", "0", f);
     Frm_Main& w = Demarrer();
     QTableView* vue = w.Vue(Rapport::Quotas);
     EXPECT_EQ(vue->font().pointSize(), 15);
+    // Artist columns hidden on screen, the title shown (SACEM: Artiste, Titre, ...).
+    QTableView* sacem = w.Vue(Rapport::Sacem);
+    EXPECT_TRUE(sacem->isColumnHidden(0));
+    EXPECT_FALSE(sacem->isColumnHidden(1));
     EXPECT_EQ(vue->palette().color(QPalette::Highlight), QColor(0, 0, 90));
     w.GrillesMusique().quotas.SetMaxRows(1);
     w.SuivreGrilles();

@@ -602,8 +602,21 @@ QAction* Frm_Main::Action(const QString& nom) const {
 }
 
 void Frm_Main::SuivreGrilles() {
-    for (ModeleGrille* m : modeles_)
-        if (m) m->Suivre();
+    for (int i = 0; i < 4; ++i)
+        if (modeles_[i] && modeles_[i]->Suivre()) MasquerColonnes(i);
+}
+
+// The title and artist columns follow [General_Out] AffTitre / AffArtiste: hidden on screen
+// only; exports and prints keep every column of the grid.
+void Frm_Main::MasquerColonnes(int i) {
+    const Grid& g = modeles_[i]->Grille();
+    const int niveau = std::max(0, g.HeaderRows() - 1);
+    for (int c = 1; c <= g.MaxCols(); ++c) {
+        const std::string& entete = g.ColHeader(niveau, c);
+        const bool masque = (entete == "Titre" && !look_.affTitre) ||
+                            (entete == "Artiste" && !look_.affArtiste);
+        vues_[i]->setColumnHidden(c - 1, masque);
+    }
 }
 
 void Frm_Main::SuivreGrillesDeTempsEnTemps() {
@@ -620,6 +633,7 @@ void Frm_Main::ResizeCurrentOngletMain() {
     pileMusique_->setCurrentIndex(sftTabsMusique_->currentIndex());
     for (int i = 0; i < 3; ++i)
         vues_[i]->setVisible(i == sftTabsMusique_->currentIndex());
+    for (int i = 0; i < 4; ++i) MasquerColonnes(i);
     // Column widths from the grid (characters), the first time a grid is seen.
     if (const auto r = RapportCourant()) {
         QTableView* vue = vues_[IndexVue(*r)];

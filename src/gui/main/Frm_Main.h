@@ -114,6 +114,7 @@ class Frm_Main : public QMainWindow {
     FrmListeRechercheMulti* RechercheMulti();
     FrmDetailDonnees* DetailPublicite(int row);
     // Brings every grid view up to date with its grid.
+    void MasquerColonnes(int vue);
     void SuivreGrilles();
     // The same, at most every 100 ms: run before each event-loop turn, so that a search that
     // yields every 20 tracks spends its time counting rather than repainting.
