@@ -19,6 +19,7 @@
 
 #include "Lib_Data_Pervasive.h"
 #include "Lib_Public.h"
+#include "ReglagesFenetres.h"
 
 namespace zl3::gui {
 namespace {
@@ -127,6 +128,7 @@ FrmDownload::FrmDownload(QWidget* parent) : QDialog(parent) {
     l->addWidget(trace_, 3);
     l->addLayout(bas);
     resize(720, 560);
+    RestaureGeometrie(*this);  // [FrmPos] under the window's name
     listeTemporaire_->setColumnWidth(1, 150);
     listeTemporaire_->setColumnWidth(2, 100);
 
@@ -224,6 +226,7 @@ bool FrmDownload::CommandDownload_Click() {
 
 void FrmDownload::done(int r) {
     if (enCours_) return;
+    SauveGeometrie(*this);
     QDialog::done(r);
 }
 

@@ -17,6 +17,7 @@
 #include "Lib_Config.h"
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
+#include "ReglagesFenetres.h"
 
 namespace zl3::gui {
 namespace {
@@ -152,6 +153,7 @@ FrmSetupFTPUpload::FrmSetupFTPUpload(QWidget* parent) : QDialog(parent) {
     l->addWidget(transferts);
     l->addLayout(bas);
     resize(640, 560);
+    RestaureGeometrie(*this);  // [FrmPos] under the window's name
     lv_->setColumnWidth(1, 90);
     lv_->setColumnWidth(2, 140);
     lv_->setColumnWidth(3, 160);
@@ -286,6 +288,7 @@ void FrmSetupFTPUpload::CommandTransferer_Click() {
 void FrmSetupFTPUpload::done(int r) {
     if (logique_.EnAction()) return;  // not while a transfer runs
     logique_.Form_Unload();
+    SauveGeometrie(*this);
     QDialog::done(r);
 }
 
