@@ -312,6 +312,28 @@ bool ShellOpen(const std::string& pathOrUrl) {
 #endif
 }
 
+bool TerminerImage(const std::string& nomImage) {
+#ifdef _WIN32
+    if (nomImage.empty()) return false;
+    std::string commande = "taskkill /f /im " + nomImage;
+    STARTUPINFOA si{};
+    si.cb = sizeof si;
+    si.dwFlags = STARTF_USESHOWWINDOW;
+    si.wShowWindow = SW_HIDE;
+    PROCESS_INFORMATION pi{};
+    if (!CreateProcessA(nullptr, commande.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW,
+                        nullptr, nullptr, &si, &pi))
+        return false;
+    WaitForSingleObject(pi.hProcess, 10000);
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+    return true;
+#else
+    (void)nomImage;
+    return false;
+#endif
+}
+
 std::string DossierTempMachine() {
 #ifdef _WIN32
     char buf[MAX_PATH];

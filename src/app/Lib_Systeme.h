@@ -68,6 +68,12 @@ bool FichierPrive(const std::string& path);
 // The shell's "Open" action on a file or an address.
 bool ShellOpen(const std::string& pathOrUrl);
 
+// Windows: runs the hidden command "taskkill /f /im " & nomImage, which ends every process of
+// that image name, this one included, and does not return when it succeeds. Elsewhere nothing
+// is run and false is returned: a copy started later has already asked this one to quit through
+// the instance socket, and this process ends by returning from its event loop.
+bool TerminerImage(const std::string& nomImage);
+
 // A named lock shared by every process and every user session of the machine, held from its
 // creation to its destruction: the suite's named mutex ("Zelvar 3.4"). On Windows a global named
 // mutex; elsewhere an advisory lock on the file `name` & ".lock" of the machine's temp folder

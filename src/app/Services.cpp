@@ -145,4 +145,8 @@ bool SystemShell::Open(const std::string& pathOrUrl) {
     return sys::ShellOpen(pathOrUrl);
 }
 
+bool SystemShell::TerminerImage(const std::string& nomImage) {
+    return sys::TerminerImage(nomImage);
+}
+
 }  // namespace zl3

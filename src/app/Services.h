@@ -89,6 +89,10 @@ class Shell {
   public:
     virtual ~Shell() = default;
     virtual bool Open(const std::string& pathOrUrl) = 0;
+    // Ends every process of the program image `nomImage` ("ZL3_Tools_Stats.exe"), the caller
+    // included: the suite's last step at exit, so that no hidden copy lingers. False when
+    // nothing was run.
+    virtual bool TerminerImage(const std::string& nomImage) = 0;
 };
 
 // The services in use. Defaults: the system clock, a console message box that answers as if
@@ -133,6 +137,7 @@ class ConsoleMessageBox : public MessageBoxUi {
 class SystemShell : public Shell {
   public:
     bool Open(const std::string& pathOrUrl) override;
+    bool TerminerImage(const std::string& nomImage) override;
 };
 
 }  // namespace zl3

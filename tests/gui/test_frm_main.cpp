@@ -262,6 +262,7 @@ TEST_F(FenetreTest, StopperMidRunKeepsTotalsAndTheExitIsRefusedMeanwhile) {
     ASSERT_NE(unload, std::string::npos);
     EXPECT_NE(log.find("Pervasive files closed", unload), std::string::npos);
     EXPECT_LT(log.find("Application closed by human action (Menu action)"), unload);
+    EXPECT_EQ(shell.termines, std::vector<std::string>{"ZL3_Tools_Stats.exe"});
 }
 
 TEST_F(FenetreTest, WindowClosedMaximisedKeepsItsNormalSize) {

@@ -106,7 +106,12 @@ class RecordingShell : public Shell {
         opened.push_back(pathOrUrl);
         return result;
     }
+    bool TerminerImage(const std::string& nomImage) override {
+        termines.push_back(nomImage);
+        return false;
+    }
     std::vector<std::string> opened;
+    std::vector<std::string> termines;  // images asked to end, never ended for real
     bool result = true;
 };
 

@@ -893,6 +893,9 @@ void Frm_Main::Form_QueryUnload() {
     TraceProc(Identite("Form_QueryUnload"));
 }
 
+// The development switch of the suite's programs: always off in the product.
+constexpr bool kDeveloppement = false;
+
 void Frm_Main::Form_Unload() {
     const std::string id = Identite("Form_Unload");
     dechargee_ = true;
@@ -928,6 +931,9 @@ void Frm_Main::Form_Unload() {
     if (serveurInstance_) serveurInstance_->deleteLater();
     serveurInstance_ = nullptr;
     verrou_.reset();
+    // The suite's last step: every process of the tool's image ends, this one included, so that
+    // no hidden copy lingers (Windows; elsewhere the shell runs nothing and the event loop ends).
+    if (!kDeveloppement) Svc().shell->TerminerImage(sys::NomExecutable() + ".exe");
     QCoreApplication::quit();
 }
 
