@@ -1,6 +1,7 @@
 #include "Recherche.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <set>
 #include <unordered_map>
@@ -37,6 +38,77 @@ int ClasseQuota(char flag) {
             return 0;
     }
 }
+
+// The broadcast entries of a period, decoded on integers. An entry is first placed by its year,
+// month and day packed into one number: most entries of a history record lie outside the period
+// asked and stop there. One inside is then checked to be a real date and time, as DecodePassage
+// checks it (an entry that is not one is skipped, wherever it falls).
+class PeriodePassages {
+  public:
+    PeriodePassages(const DateTime& debut, const DateTime& fin)
+        : jourDebut_(DaysFromCivil(debut.year, debut.month, debut.day)),
+          jourFin_(DaysFromCivil(fin.year, fin.month, fin.day)),
+          packeDebut_(Packe(debut.year - rec::kPremiereAnneePassage, debut.month, debut.day)),
+          packeFin_(Packe(fin.year - rec::kPremiereAnneePassage, fin.month, fin.day)) {}
+
+    int64_t JourDebut() const { return jourDebut_; }
+
+    // The 6 bytes at `e`: true when they are a valid time of a day of the period, with its day
+    // number (DaysFromCivil) and its minute of the day.
+    bool Dans(const uint8_t* e, int64_t& jour, int& minutes) const {
+        const int a = e[0] - kZero, mo = e[1] - kZero, j = e[2] - kZero;
+        const int p = Packe(a, mo, j);
+        if (p < packeDebut_ || p > packeFin_) return false;
+        const int h = e[3] - kZero, mi = e[4] - kZero, s = e[5] - kZero;
+        if (a < 0 || mo < 1 || mo > 12 || j < 1 ||
+            j > DaysInMonth(rec::kPremiereAnneePassage + a, mo) || h < 0 || h > 23 || mi < 0 ||
+            mi > 59 || s < 0 || s > 59)
+            return false;
+        jour = DaysFromCivil(rec::kPremiereAnneePassage + a, mo, j);
+        if (jour < jourDebut_ || jour > jourFin_) return false;
+        minutes = h * 60 + mi;
+        return true;
+    }
+
+  private:
+    static constexpr int kZero = 32;  // code of the character that stands for 0
+    // Keeps the order of real dates (month below 16, day below 32).
+    static int Packe(int a, int mo, int j) { return (a * 16 + mo) * 32 + j; }
+    int64_t jourDebut_, jourFin_;
+    int packeDebut_, packeFin_;
+};
+
+// The counts of the Quotas grid's day rows, kept as integers while the walk runs and written as
+// the cells' texts (a cell never counted stays empty, as a cell the count never reached).
+class ComptesQuotas {
+  public:
+    ComptesQuotas(Grid& grille, int jours)
+        : grille_(grille), comptes_(static_cast<size_t>(jours) + 1), sale_(comptes_.size()) {}
+
+    void Ajouter(int col, int row) {
+        ++comptes_[static_cast<size_t>(row)][static_cast<size_t>(col)];
+        if (!sale_[static_cast<size_t>(row)]) {
+            sale_[static_cast<size_t>(row)] = 1;
+            sales_.push_back(row);
+        }
+    }
+    // Writes the rows counted since the last time into the grid.
+    void Ecrire() {
+        for (const int row : sales_) {
+            const auto& c = comptes_[static_cast<size_t>(row)];
+            for (size_t col = 1; col < c.size(); ++col)
+                if (c[col] != 0) grille_.SetText(static_cast<int>(col), row, std::to_string(c[col]));
+            sale_[static_cast<size_t>(row)] = 0;
+        }
+        sales_.clear();
+    }
+
+  private:
+    Grid& grille_;
+    std::vector<std::array<long long, kColInstru + kDecalageBande + 1>> comptes_;
+    std::vector<char> sale_;
+    std::vector<int> sales_;
+};
 
 std::string TexteBrut(std::span<const uint8_t> r, const rec::Field& f) {
     return rec::GetBytes(r, f);
@@ -207,6 +279,7 @@ void RechercheStats::DefinirCaption(const std::string& caption) {
 
 void RechercheStats::Attendre(int fichier) {
     if (!Svc().events) return;
+    if (avantAttente_) avantAttente_();
     const auto tampon = TamponEnreg(fichier);
     const std::vector<uint8_t> sauvegarde(tampon.begin(), tampon.end());
     Svc().events->DoEvents();
@@ -307,8 +380,15 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     }
     // Broadcast entries are compared as day numbers and minutes of the day: row i holds the
     // day debut + i - 1, as its header says.
-    const int64_t jourDebut = DaysFromCivil(p.debut.year, p.debut.month, p.debut.day);
-    const int64_t jourFin = DaysFromCivil(p.fin.year, p.fin.month, p.fin.day);
+    const PeriodePassages periode(p.debut, p.fin);
+    const int64_t jourDebut = periode.JourDebut();
+    ComptesQuotas comptesQuotas(quotas, joursCrees);
+    // What the event loop may show of the grid is written before each yield.
+    struct AvantAttente {
+        std::function<void()>& f;
+        ~AvantAttente() { f = nullptr; }
+    } avantAttente{avantAttente_};
+    if (rapport == Rapport::Quotas) avantAttente_ = [&comptesQuotas] { comptesQuotas.Ecrire(); };
     constexpr int kDebutBandeSemaine = 6 * 60 + 30;
     constexpr int kDebutBandeWeekEnd = 8 * 60 + 30;
     constexpr int kFinBande = 22 * 60 + 30;
@@ -372,30 +452,29 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
         }
         const auto histo = TamponEnreg(kFichierHistorique);
         const int nb = rec::CappedPassageCount(histo, categorie);
+        const uint8_t* entree = histo.data() + h::Passages.offset;
         long comptes = 0;
-        for (int i = 0; i < nb; ++i) {
+        for (int i = 0; i < nb; ++i, entree += h::kLongueurPassage) {
             if (arret_) break;
-            const auto quand = rec::PassageAt(histo, i);
-            if (!quand) continue;
-            const int64_t jour = DaysFromCivil(quand->year, quand->month, quand->day);
-            if (jour < jourDebut || jour > jourFin) continue;
+            int64_t jour = 0;
+            int minutes = 0;
+            if (!periode.Dans(entree, jour, minutes)) continue;
             ++comptes;
             if (rapport != Rapport::Quotas) continue;
             // The day row: the row whose header is the entry's date.
             const int64_t rang = jour - jourDebut + 1;
             if (rang < 1 || rang > joursCrees) continue;
             const int row = static_cast<int>(rang);
-            quotas.Increment(classe, row);
-            if (classe == kColFr || classe == kColNT) quotas.Increment(kColFrNT, row);
+            comptesQuotas.Ajouter(classe, row);
+            if (classe == kColFr || classe == kColNT) comptesQuotas.Ajouter(kColFrNT, row);
             // The regulated band, 06:30 (08:30 at weekends) to 22:30, seconds ignored.
-            const int minutes = quand->hour * 60 + quand->minute;
             int64_t semaine = (jour + 3) % 7;  // 0 Monday … 6 Sunday (1970-01-01 was a Thursday)
             if (semaine < 0) semaine += 7;
             const int debutBande = semaine >= 5 ? kDebutBandeWeekEnd : kDebutBandeSemaine;
             if (minutes >= debutBande && minutes <= kFinBande) {
-                quotas.Increment(classe + kDecalageBande, row);
+                comptesQuotas.Ajouter(classe + kDecalageBande, row);
                 if (classe == kColFr || classe == kColNT)
-                    quotas.Increment(kColFrNT + kDecalageBande, row);
+                    comptesQuotas.Ajouter(kColFrNT + kDecalageBande, row);
             }
         }
         bilan_.passagesComptes += comptes;
@@ -421,6 +500,7 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     }
 
     if (rapport == Rapport::Quotas) {
+        comptesQuotas.Ecrire();
         TotauxEtPourcentages(quotas);
         return;
     }
