@@ -21,7 +21,8 @@
 namespace zl3 {
 namespace {
 
-const char* kOrigine = "Frm_Main:CommandLancer_Click";
+// A string once: every database call takes it.
+const std::string kOrigine = "Frm_Main:CommandLancer_Click";
 
 // Quota class of a track's flag: the column in the whole-day block, 0 when not counted.
 int ClasseQuota(char flag) {
@@ -76,6 +77,43 @@ class PeriodePassages {
     static int Packe(int a, int mo, int j) { return (a * 16 + mo) * 32 + j; }
     int64_t jourDebut_, jourFin_;
     int packeDebut_, packeFin_;
+};
+
+// The three running totals of the advertising lines (client, message, line: columns 8 to 10),
+// kept as integers while the walk runs and written as the cells' texts (a total never counted
+// stays empty).
+class ComptesPub {
+  public:
+    explicit ComptesPub(Grid& grille) : grille_(grille) {}
+
+    void Ajouter(int col, int row) {
+        if (static_cast<size_t>(row) >= comptes_.size()) {
+            comptes_.resize(static_cast<size_t>(row) + 1);
+            sale_.resize(comptes_.size());
+        }
+        ++comptes_[static_cast<size_t>(row)][static_cast<size_t>(col - kPubTotalClient)];
+        if (!sale_[static_cast<size_t>(row)]) {
+            sale_[static_cast<size_t>(row)] = 1;
+            sales_.push_back(row);
+        }
+    }
+    void Ecrire() {
+        for (const int row : sales_) {
+            const auto& c = comptes_[static_cast<size_t>(row)];
+            for (size_t i = 0; i < c.size(); ++i)
+                if (c[i] != 0)
+                    grille_.SetText(kPubTotalClient + static_cast<int>(i), row,
+                                    std::to_string(c[i]));
+            sale_[static_cast<size_t>(row)] = 0;
+        }
+        sales_.clear();
+    }
+
+  private:
+    Grid& grille_;
+    std::vector<std::array<long long, 3>> comptes_;
+    std::vector<char> sale_;
+    std::vector<int> sales_;
 };
 
 // The counts of the Quotas grid's day rows, kept as integers while the walk runs and written as
@@ -551,15 +589,13 @@ IdentiteLignePub IdentiteDiffusionPub(std::span<const uint8_t> log) {
     IdentiteLignePub l;
     l.client = Trim(rec::GetText(log, lp::CodeClient));
     const std::string reference = Trim(rec::GetText(log, lp::Reference));
-    std::vector<std::string> parties;
-    for (size_t start = 0;;) {
-        const size_t bar = reference.find(lp::kSeparateurReference, start);
-        parties.push_back(Trim(reference.substr(
-            start, bar == std::string::npos ? std::string::npos : bar - start)));
-        if (bar == std::string::npos) break;
-        start = bar + 1;
-    }
-    l.zone = parties.size() == 2 ? parties[0] + "/" + parties[1] : reference;
+    // Split on "|": two parts are "region/town"; any other count leaves the field as it is.
+    const size_t bar = reference.find(lp::kSeparateurReference);
+    if (bar != std::string::npos &&
+        reference.find(lp::kSeparateurReference, bar + 1) == std::string::npos)
+        l.zone = Trim(reference.substr(0, bar)) + "/" + Trim(reference.substr(bar + 1));
+    else
+        l.zone = reference;
     l.message = Trim(rec::GetText(log, lp::CleSpot)) + "/" + Trim(rec::GetText(log, lp::CleMessage));
     return l;
 }
@@ -573,6 +609,12 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
     std::unordered_map<std::string, int> premiereLigneClient;
     std::unordered_map<std::string, int> premiereLigneMessage;
     std::unordered_map<std::string, int> premiereLigne;
+    ComptesPub totaux(g);
+    struct AvantAttente {
+        std::function<void()>& f;
+        ~AvantAttente() { f = nullptr; }
+    } avantAttente{avantAttente_};
+    avantAttente_ = [&totaux] { totaux.Ecrire(); };
     std::string cle = FormatYYYYMMDD(p.debut) + "000000";
     int16_t op = kBtrGetGreaterOrEqual;
     for (;;) {
@@ -614,9 +656,7 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
         cleLigne += zone;
         const auto itLigne = premiereLigne.find(cleLigne);
         int trouve = itLigne == premiereLigne.end() ? 0 : itLigne->second;
-        if (trouve) {
-            g.Increment(kPubTotalLigne, trouve);
-        } else {
+        if (!trouve) {
             trouve = g.MaxRows() + 1;
             g.SetMaxRows(trouve);
             g.SetRowHeader(0, trouve, std::to_string(trouve));
@@ -628,17 +668,18 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
             g.SetText(kPubMessage, trouve, colMessage);
             g.SetText(kPubTexteMessage, trouve, d.texteMessage);
             g.SetText(kPubZone, trouve, zone);
-            g.SetText(kPubTotalLigne, trouve, "1");
             if (rowMessage == 0) rowMessage = trouve;
             if (rowClient == 0) rowClient = trouve;
             premiereLigne.emplace(cleLigne, trouve);
             premiereLigneMessage.emplace(cleMessageLigne, rowMessage);
             premiereLigneClient.emplace(client, rowClient);
         }
-        g.Increment(kPubTotalMessage, rowMessage);
-        g.Increment(kPubTotalClient, rowClient);
+        totaux.Ajouter(kPubTotalLigne, trouve);
+        totaux.Ajouter(kPubTotalMessage, rowMessage);
+        totaux.Ajouter(kPubTotalClient, rowClient);
         ++bilan_.diffusionsComptees;
     }
+    totaux.Ecrire();
 }
 
 BilanRecherche CalculeStatsPassages(const ParametresRecherche& p, Grid& passages) {
