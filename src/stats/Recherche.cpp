@@ -117,35 +117,37 @@ class ComptesPub {
 };
 
 // The counts of the Quotas grid's day rows, kept as integers while the walk runs and written as
-// the cells' texts (a cell never counted stays empty, as a cell the count never reached).
+// the cells' texts (a cell never counted stays empty, as a cell the count never reached). Only
+// the cells counted since the last writing are written again.
 class ComptesQuotas {
   public:
     ComptesQuotas(Grid& grille, int jours)
-        : grille_(grille), comptes_(static_cast<size_t>(jours) + 1), sale_(comptes_.size()) {}
+        : grille_(grille), comptes_((static_cast<size_t>(jours) + 1) * kLargeur),
+          sale_(comptes_.size()) {}
 
     void Ajouter(int col, int row) {
-        ++comptes_[static_cast<size_t>(row)][static_cast<size_t>(col)];
-        if (!sale_[static_cast<size_t>(row)]) {
-            sale_[static_cast<size_t>(row)] = 1;
-            sales_.push_back(row);
+        const size_t i = static_cast<size_t>(row) * kLargeur + static_cast<size_t>(col);
+        ++comptes_[i];
+        if (!sale_[i]) {
+            sale_[i] = 1;
+            sales_.push_back(i);
         }
     }
-    // Writes the rows counted since the last time into the grid.
     void Ecrire() {
-        for (const int row : sales_) {
-            const auto& c = comptes_[static_cast<size_t>(row)];
-            for (size_t col = 1; col < c.size(); ++col)
-                if (c[col] != 0) grille_.SetText(static_cast<int>(col), row, std::to_string(c[col]));
-            sale_[static_cast<size_t>(row)] = 0;
+        for (const size_t i : sales_) {
+            grille_.SetText(static_cast<int>(i % kLargeur), static_cast<int>(i / kLargeur),
+                            std::to_string(comptes_[i]));
+            sale_[i] = 0;
         }
         sales_.clear();
     }
 
   private:
+    static constexpr size_t kLargeur = kColInstru + kDecalageBande + 1;  // columns 0 to 14
     Grid& grille_;
-    std::vector<std::array<long long, kColInstru + kDecalageBande + 1>> comptes_;
+    std::vector<long long> comptes_;
     std::vector<char> sale_;
-    std::vector<int> sales_;
+    std::vector<size_t> sales_;
 };
 
 std::string TexteBrut(std::span<const uint8_t> r, const rec::Field& f) {

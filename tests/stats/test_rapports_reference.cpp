@@ -78,13 +78,14 @@ class RapportsReferenceTest : public test::BaseTest {
         return StatutBTrieve;
     }
 
-    // The music walk: each track of "000".."999" in key order with its history record, if any.
+    // The music walk: each track of "000".."999" in key order with its history record, if any;
+    // the first `limite` tracks only.
     template <class F>
-    void ParcourirMorceaux(F&& parMorceau) {
+    void ParcourirMorceaux(F&& parMorceau, int limite = 1 << 30) {
         std::string cle = "000" + std::string(5, '\0');
         for (int16_t op = kBtrGetGreaterOrEqual; Lire(op, cle, 0, kFichierMorceaux) == 0;
              op = kBtrGetNext) {
-            if (cle > "999" + std::string(5, '\xFF')) break;
+            if (cle > "999" + std::string(5, '\xFF') || limite-- == 0) break;
             const auto m = TamponEnreg(kFichierMorceaux);
             const std::vector<uint8_t> morceau(m.begin(), m.end());
             std::string cleH = rec::HistoryKey(rec::GetBytes(morceau, rec::Morceau::CleMorceau));
@@ -114,7 +115,7 @@ class RapportsReferenceTest : public test::BaseTest {
         }
     }
 
-    Cellules ReferenceQuotas() {
+    Cellules ReferenceQuotas(int limite = 1 << 30) {
         const int nbJours = static_cast<int>(DayDiff(debut, fin)) + 1;
         Cellules c(nbJours + 2, std::vector<std::string>(kNbColonnesQuotas + 1));
         std::vector<std::string> entetes(nbJours + 1);
@@ -139,7 +140,7 @@ class RapportsReferenceTest : public test::BaseTest {
                     if (classe <= 2) Plus(c[row][12]);
                 }
             });
-        });
+        }, limite);
         const int total = nbJours + 1;
         for (int col : {1, 2, 3, 4, 5, 10, 11, 12, 13, 14}) {
             long long s = 0;
@@ -214,14 +215,14 @@ class RapportsReferenceTest : public test::BaseTest {
     }
 
     // The advertising log of the period, each broadcast's line found by scanning the grid.
-    Cellules ReferencePublicite() {
+    Cellules ReferencePublicite(int limite = 1 << 30) {
         namespace lp = rec::LogPub;
         Cellules c(1);
         const std::string cleFin = FormatYYYYMMDD(fin) + "235959";
         std::string cle = FormatYYYYMMDD(debut) + "000000";
         for (int16_t op = kBtrGetGreaterOrEqual; Lire(op, cle, 0, kFichierLogPub) == 0;
              op = kBtrGetNext) {
-            if (cle.substr(0, 14) > cleFin) break;
+            if (cle.substr(0, 14) > cleFin || limite-- == 0) break;
             const auto tampon = TamponEnreg(kFichierLogPub);
             const std::vector<uint8_t> log(tampon.begin(), tampon.end());
             const std::string client = Trim(rec::GetText(log, lp::CodeClient));
@@ -277,12 +278,26 @@ class RapportsReferenceTest : public test::BaseTest {
         return c;
     }
 
-    // The grid holds the reference's texts, and nothing else.
-    void Comparer(const Grid& g, const Cellules& attendu, int premiereColonneDonnees = 1) {
-        ASSERT_EQ(g.MaxRows(), static_cast<int>(attendu.size()) - 1);
-        for (int r = 1; r < static_cast<int>(attendu.size()); ++r)
-            for (int col = premiereColonneDonnees; col <= g.MaxCols(); ++col)
+    // The grid holds the reference's texts, and nothing else (in the rows `lignes` given, the
+    // whole grid when none).
+    void Comparer(const Grid& g, const Cellules& attendu, int lignes = -1,
+                  std::vector<int> colonnes = {}) {
+        if (lignes < 0) {
+            ASSERT_EQ(g.MaxRows(), static_cast<int>(attendu.size()) - 1);
+            lignes = g.MaxRows();
+        }
+        if (colonnes.empty())
+            for (int col = 1; col <= g.MaxCols(); ++col)
+                colonnes.push_back(col);
+        for (int r = 1; r <= lignes; ++r)
+            for (int col : colonnes)
                 ASSERT_EQ(g.Text(col, r), attendu[r][col]) << "row " << r << " column " << col;
+    }
+    // The grid of the report as the event loop sees it at its `n`-th call.
+    void VueALAppel(int n, const Grid& g, Grid& vue) {
+        events.onEvents = [this, n = events.calls + n, &g, &vue] {
+            if (events.calls == n) vue = g;
+        };
     }
 
     TableursMusique musique;
@@ -292,13 +307,23 @@ class RapportsReferenceTest : public test::BaseTest {
 };
 
 TEST_F(RapportsReferenceTest, EveryReportGivesTheTextsOfThePlainComputation) {
+    // While the walk runs, each yield shows the counts of the tracks (every 20th track) and of
+    // the log records (each one) read before it.
+    Grid vue;
+    VueALAppel(7, musique.quotas, vue);
     Comparer(Lancer(Rapport::Quotas), ReferenceQuotas());
+    const int jours = musique.quotas.MaxRows() - 1;
+    Comparer(vue, ReferenceQuotas(7 * 20 - 1), jours, {1, 2, 3, 4, 5, 10, 11, 12, 13, 14});
+    EXPECT_NE(vue.Text(kColFr, jours + 1), musique.quotas.Text(kColFr, jours + 1));
     EXPECT_GT(recherche.Bilan().passagesComptes, 1000);
     EXPECT_EQ(musique.quotas.RowHeader(0, 1), "09-10-2026");
     Comparer(Lancer(Rapport::TopDiffusion), ReferenceParMorceau(Rapport::TopDiffusion));
     Comparer(Lancer(Rapport::Sacem), ReferenceParMorceau(Rapport::Sacem));
+    VueALAppel(300, pub, vue);
     Comparer(Lancer(Rapport::Publicite), ReferencePublicite());
-    EXPECT_GT(recherche.Bilan().diffusionsComptees, 100);
+    EXPECT_GT(recherche.Bilan().diffusionsComptees, 300);
+    const Cellules partielle = ReferencePublicite(299);
+    Comparer(vue, partielle, static_cast<int>(partielle.size()) - 1);
 }
 
 }  // namespace
