@@ -321,9 +321,9 @@ void RechercheStats::Attendre(int fichier) {
     if (!Svc().events) return;
     if (avantAttente_) avantAttente_();
     const auto tampon = TamponEnreg(fichier);
-    const std::vector<uint8_t> sauvegarde(tampon.begin(), tampon.end());
+    sauvegarde_.assign(tampon.begin(), tampon.end());
     Svc().events->DoEvents();
-    std::copy(sauvegarde.begin(), sauvegarde.end(), tampon.begin());
+    std::copy(sauvegarde_.begin(), sauvegarde_.end(), tampon.begin());
 }
 
 std::string TexteRapportIncomplet(const std::vector<std::string>& erreurs) {
@@ -610,7 +610,10 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
     const std::string cleFin = FormatYYYYMMDD(p.fin) + "235959";
     std::unordered_map<std::string, int> premiereLigneClient;
     std::unordered_map<std::string, int> premiereLigneMessage;
-    std::unordered_map<std::string, int> premiereLigne;
+    struct RangsLigne {
+        int ligne, message, client;
+    };
+    std::unordered_map<std::string, RangsLigne> premiereLigne;
     ComptesPub totaux(g);
     struct AvantAttente {
         std::function<void()>& f;
@@ -638,33 +641,38 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
         rec::SetText(log, lp::CodeClient, client);
         if (client.empty()) continue;
         const std::string& zone = ligne.zone;
-        const std::string cleMessage = rec::GetBytes(log, lp::CleMessage);
-        const std::string noContrat = rec::GetBytes(log, lp::NoContrat);
         const std::string& colMessage = ligne.message;
 
         // The line of this client, message and zone; the client's and the message's first lines
         // carry their running totals.
         // Rows are only ever appended, so the first row of a client, of a client's message and
-        // of a line are remembered as they are created.
-        const auto itClient = premiereLigneClient.find(client);
-        int rowClient = itClient == premiereLigneClient.end() ? 0 : itClient->second;
-        std::string cleMessageLigne = client;
-        cleMessageLigne += '\x1f';
-        cleMessageLigne += colMessage;
-        const auto itMessage = premiereLigneMessage.find(cleMessageLigne);
-        int rowMessage = itMessage == premiereLigneMessage.end() ? 0 : itMessage->second;
-        std::string cleLigne = cleMessageLigne;
+        // of a line are remembered as they are created; a line known already knows the other
+        // two.
+        std::string cleLigne = client;
+        cleLigne += '\x1f';
+        cleLigne += colMessage;
+        const size_t longueurCleMessage = cleLigne.size();
         cleLigne += '\x1f';
         cleLigne += zone;
+        int trouve = 0, rowMessage = 0, rowClient = 0;
         const auto itLigne = premiereLigne.find(cleLigne);
-        int trouve = itLigne == premiereLigne.end() ? 0 : itLigne->second;
-        if (!trouve) {
+        if (itLigne != premiereLigne.end()) {
+            trouve = itLigne->second.ligne;
+            rowMessage = itLigne->second.message;
+            rowClient = itLigne->second.client;
+        } else {
+            const std::string cleMessageLigne = cleLigne.substr(0, longueurCleMessage);
+            const auto itClient = premiereLigneClient.find(client);
+            if (itClient != premiereLigneClient.end()) rowClient = itClient->second;
+            const auto itMessage = premiereLigneMessage.find(cleMessageLigne);
+            if (itMessage != premiereLigneMessage.end()) rowMessage = itMessage->second;
             trouve = g.MaxRows() + 1;
             g.SetMaxRows(trouve);
             g.SetRowHeader(0, trouve, std::to_string(trouve));
             g.SetText(kPubClient, trouve, client);
             g.SetText(kPubNomClient, trouve, LibClient(p.source, p.station, client));
-            const DescriptionPub d = DecrireLignePub(p, cleMessage, noContrat);
+            const DescriptionPub d = DecrireLignePub(p, rec::GetBytes(log, lp::CleMessage),
+                                                     rec::GetBytes(log, lp::NoContrat));
             g.SetText(kPubCommercial, trouve, d.codeCommercial);
             g.SetText(kPubNomCommercial, trouve, d.nomCommercial);
             g.SetText(kPubMessage, trouve, colMessage);
@@ -672,7 +680,7 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
             g.SetText(kPubZone, trouve, zone);
             if (rowMessage == 0) rowMessage = trouve;
             if (rowClient == 0) rowClient = trouve;
-            premiereLigne.emplace(cleLigne, trouve);
+            premiereLigne.emplace(cleLigne, RangsLigne{trouve, rowMessage, rowClient});
             premiereLigneMessage.emplace(cleMessageLigne, rowMessage);
             premiereLigneClient.emplace(client, rowClient);
         }
