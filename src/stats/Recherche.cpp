@@ -586,11 +586,29 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     }
 }
 
+namespace {
+
+// Trim(GetText(r, f)) without the intermediate copies: the blanks Trim drops are the same bytes
+// in the record's code page and in UTF-8, so they are dropped first.
+std::string TexteSansBlancs(std::span<const uint8_t> r, const rec::Field& f) {
+    if (r.size() < f.End()) return Trim(rec::GetText(r, f));
+    const char* d = reinterpret_cast<const char*>(r.data()) + f.offset;
+    const auto blanc = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    size_t a = 0, b = f.length;
+    while (a < b && blanc(d[a]))
+        ++a;
+    while (b > a && blanc(d[b - 1]))
+        --b;
+    return Cp1252ToUtf8(std::string(d + a, b - a));
+}
+
+}  // namespace
+
 IdentiteLignePub IdentiteDiffusionPub(std::span<const uint8_t> log) {
     namespace lp = rec::LogPub;
     IdentiteLignePub l;
-    l.client = Trim(rec::GetText(log, lp::CodeClient));
-    const std::string reference = Trim(rec::GetText(log, lp::Reference));
+    l.client = TexteSansBlancs(log, lp::CodeClient);
+    const std::string reference = TexteSansBlancs(log, lp::Reference);
     // Split on "|": two parts are "region/town"; any other count leaves the field as it is.
     const size_t bar = reference.find(lp::kSeparateurReference);
     if (bar != std::string::npos &&
@@ -598,7 +616,7 @@ IdentiteLignePub IdentiteDiffusionPub(std::span<const uint8_t> log) {
         l.zone = Trim(reference.substr(0, bar)) + "/" + Trim(reference.substr(bar + 1));
     else
         l.zone = reference;
-    l.message = Trim(rec::GetText(log, lp::CleSpot)) + "/" + Trim(rec::GetText(log, lp::CleMessage));
+    l.message = TexteSansBlancs(log, lp::CleSpot) + "/" + TexteSansBlancs(log, lp::CleMessage);
     return l;
 }
 
