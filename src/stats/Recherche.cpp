@@ -464,7 +464,9 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
         const std::string cleMorceau = TexteBrut(morceau, m::CleMorceau);
         const std::string categorie = cleMorceau.substr(0, 3);
         const int classe = ClasseQuota(static_cast<char>(morceau[m::QuotaFlag.offset]));
-        std::string cleLigne = Trim(cleMorceau);
+        // The row key of the per-track reports and of the play counts.
+        std::string cleLigne =
+            rapport != Rapport::Quotas || passages_ ? Trim(cleMorceau) : std::string();
         if (rapport != Rapport::Quotas) {
             // Per-track reports: "Top Diffusion" keeps the categories marked "OY"; "SACEM" the
             // music categories "000" to "999" (the station's imaging items are not declared).
