@@ -1,19 +1,34 @@
-// bench_quotas: the Quotas report over 365 days of a 50,000-track demo station, through the call
-// layer, against its floor — a plain scan of the same track and history bytes straight from the
-// SQLite files, with the same decoding and counting into plain arrays.
+// bench_quotas: the reports over a year of a 50,000-track station that has been on air for
+// years, through the call layer, against two references measured in the same run, interleaved
+// with the report:
+//   - the floor: the same track and history bytes read with plain SQL from the files, in one
+//     read transaction held over the walk, with the engine's connection settings (memory map,
+//     page cache), the entries decoded with integer arithmetic and counted into plain arrays;
+//   - the flat copy: the capped entries of every counted track written beforehand, in walk order,
+//     to a plain file mapped in memory, decoded and counted the same way: what is left when no
+//     database is read at all.
+// Then "Top Diffusion", "SACEM" and the advertising report over the same year.
 //
-// Usage: bench_quotas [--root DIR] [--tracks N] [--json]
-//   Without --root a demo site (50,000 tracks, 365 days, fixed seed) is generated in a temporary
-//   folder first (not timed) and removed afterwards.
+// Usage: bench_quotas [--root DIR] [--tracks N] [--years N] [--rounds N] [--json]
+//   Without --root a demo site (50,000 tracks, 5 years of airplay in the history records, a year
+//   of events and advertising, fixed seed) is generated in a temporary folder first (not timed)
+//   and removed afterwards.
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
-#include <map>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "BaseDemo.h"
 #include "Catalogue.h"
@@ -24,6 +39,7 @@
 #include "Lib_Tableur.h"
 #include "Recherche.h"
 #include "Services.h"
+#include "Store.h"
 #include "records/Layouts.h"
 #include "records/Passages.h"
 
@@ -32,15 +48,54 @@ using namespace zl3;
 
 namespace {
 
-double Ms(std::chrono::steady_clock::time_point a, std::chrono::steady_clock::time_point b) {
-    return std::chrono::duration<double, std::milli>(b - a).count();
+using Horloge = std::chrono::steady_clock;
+
+double CpuMs() {
+    timespec t{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) * 1e3 + static_cast<double>(t.tv_nsec) / 1e6;
 }
 
-// Current resident memory split into private (anonymous) pages and pages of mapped files, from
-// /proc/self/status, in kB.
+// Wall-clock and CPU time of the thread, in ms. The build machine is shared: the CPU time is the
+// figure that other programs running meanwhile do not inflate.
+struct Duree {
+    double mur = 0;
+    double cpu = 0;
+};
+std::vector<double> Murs(const std::vector<Duree>& v) {
+    std::vector<double> r;
+    for (const Duree& d : v)
+        r.push_back(d.mur);
+    return r;
+}
+std::vector<double> Cpus(const std::vector<Duree>& v) {
+    std::vector<double> r;
+    for (const Duree& d : v)
+        r.push_back(d.cpu);
+    return r;
+}
+
+Duree Chrono(const std::function<void()>& f) {
+    const auto a = Horloge::now();
+    const double c = CpuMs();
+    f();
+    return {std::chrono::duration<double, std::milli>(Horloge::now() - a).count(), CpuMs() - c};
+}
+
+double Mediane(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    return v.empty() ? 0 : v[v.size() / 2];
+}
+
+long PeakRssKb() {
+    rusage u{};
+    getrusage(RUSAGE_SELF, &u);
+    return u.ru_maxrss;
+}
+
+// Current resident memory split into private (anonymous) pages and pages of mapped files, in kB.
 std::pair<long, long> RssAnonFileKb() {
-    long anon = 0;
-    long file = 0;
+    long anon = 0, file = 0;
     if (FILE* f = std::fopen("/proc/self/status", "r")) {
         char line[256];
         while (std::fgets(line, sizeof line, f)) {
@@ -52,88 +107,165 @@ std::pair<long, long> RssAnonFileKb() {
     return {anon, file};
 }
 
-long PeakRssKb() {
-    rusage u{};
-    getrusage(RUSAGE_SELF, &u);
-    return u.ru_maxrss;
-}
+using Totaux = std::array<long long, 15>;  // the Total row's count columns 1..14
 
-struct Comptes {
-    std::array<long long, 18> colonnes{};  // the Total row's count columns
-    long long passages = 0;
-};
+// Counting as the report counts, on integers: the period as day numbers, the entry's date as
+// a packed number first (most entries lie outside the period and stop there), then checked to
+// be a real date and time.
+class Compteur {
+  public:
+    Compteur(const DateTime& debut, const DateTime& fin)
+        : jourDebut_(DaysFromCivil(debut.year, debut.month, debut.day)),
+          jourFin_(DaysFromCivil(fin.year, fin.month, fin.day)),
+          packeDebut_(Packe(debut.year - 2000, debut.month, debut.day)),
+          packeFin_(Packe(fin.year - 2000, fin.month, fin.day)) {}
 
-// The floor: tracks in key order and their history records read with plain SQL from the files,
-// entries decoded and counted exactly as the report counts them.
-Comptes Plancher(const std::string& dossier, const DateTime& debut, const DateTime& fin) {
-    Comptes c;
-    sqlite3* morceaux = nullptr;
-    sqlite3* historique = nullptr;
-    sqlite3_open_v2((dossier + cat::NomFichier(22, 0)).c_str(), &morceaux, SQLITE_OPEN_READONLY,
-                    nullptr);
-    sqlite3_open_v2((dossier + cat::NomFichier(47, 0)).c_str(), &historique, SQLITE_OPEN_READONLY,
-                    nullptr);
-    sqlite3_stmt* scan = nullptr;
-    sqlite3_stmt* get = nullptr;
-    sqlite3_prepare_v2(morceaux,
-                       "SELECT data FROM zl3_records WHERE k0 >= ?1 AND k0 <= ?2 ORDER BY k0, s0",
-                       -1, &scan, nullptr);
-    sqlite3_prepare_v2(historique, "SELECT data FROM zl3_records WHERE k0 = ?1", -1, &get, nullptr);
-    const std::string basse = "000" + std::string(5, '\0');
-    const std::string haute = "999" + std::string(5, '\xFF');
-    sqlite3_bind_blob(scan, 1, basse.data(), 8, SQLITE_STATIC);
-    sqlite3_bind_blob(scan, 2, haute.data(), 8, SQLITE_STATIC);
-    const std::string d = FormatYYYYMMDD(debut);
-    const std::string f = FormatYYYYMMDD(fin);
-    while (sqlite3_step(scan) == SQLITE_ROW) {
-        const auto* t = static_cast<const uint8_t*>(sqlite3_column_blob(scan, 0));
-        std::span<const uint8_t> track(t, static_cast<size_t>(sqlite3_column_bytes(scan, 0)));
-        const std::string cle = rec::GetBytes(track, rec::Morceau::CleMorceau);
-        char flag = static_cast<char>(track[rec::Morceau::QuotaFlag.offset]);
-        if (track[856] == 'O') flag = '1';  // the legacy value the call layer normalises
-        const int classe = flag == 'O'   ? 1
-                           : flag == '1' ? 2
-                           : flag == 'N' ? 4
-                           : flag == '-' ? 5
-                                         : 0;
-        if (!classe) continue;
-        const std::string k = rec::HistoryKey(cle);
-        sqlite3_bind_blob(get, 1, k.data(), static_cast<int>(k.size()), SQLITE_STATIC);
-        if (sqlite3_step(get) == SQLITE_ROW) {
-            const auto* h = static_cast<const uint8_t*>(sqlite3_column_blob(get, 0));
-            std::span<const uint8_t> histo(h, static_cast<size_t>(sqlite3_column_bytes(get, 0)));
-            const int n = rec::CappedPassageCount(histo, cle.substr(0, 3));
-            for (int i = 0; i < n; ++i) {
-                const auto q = rec::PassageAt(histo, i);
-                if (!q) continue;
-                const std::string jour = FormatYYYYMMDD(*q);
-                if (jour < d || jour > f) continue;
-                ++c.passages;
-                c.colonnes[classe - 1]++;
-                if (classe <= 2) c.colonnes[2]++;
-                char hm[5];
-                std::snprintf(hm, sizeof hm, "%02d%02d", q->hour, q->minute);
-                if (std::string(hm) >= (DayOfWeek(*q) >= 6 ? "0830" : "0630") &&
-                    std::string(hm) <= "2230") {
-                    c.colonnes[classe - 1 + 9]++;
-                    if (classe <= 2) c.colonnes[2 + 9]++;
-                }
+    void Entrees(const uint8_t* e, int n, int classe) {
+        for (int i = 0; i < n; ++i, e += 6) {
+            const int a = e[0] - 32, mo = e[1] - 32, j = e[2] - 32;
+            const int p = Packe(a, mo, j);
+            if (p < packeDebut_ || p > packeFin_) continue;
+            const int h = e[3] - 32, mi = e[4] - 32, s = e[5] - 32;
+            if (a < 0 || mo < 1 || mo > 12 || j < 1 || j > DaysInMonth(2000 + a, mo) || h < 0 ||
+                h > 23 || mi < 0 || mi > 59 || s < 0 || s > 59)
+                continue;
+            const int64_t jour = DaysFromCivil(2000 + a, mo, j);
+            if (jour < jourDebut_ || jour > jourFin_) continue;
+            ++totaux[classe];
+            if (classe <= 2) ++totaux[3];
+            const int semaine = static_cast<int>(((jour + 3) % 7 + 7) % 7);  // 0 Monday
+            const int minutes = h * 60 + mi;
+            if (minutes >= (semaine >= 5 ? 510 : 390) && minutes <= 1350) {
+                ++totaux[classe + 9];
+                if (classe <= 2) ++totaux[12];
             }
         }
-        sqlite3_reset(get);
     }
-    sqlite3_finalize(scan);
-    sqlite3_finalize(get);
-    sqlite3_close(morceaux);
-    sqlite3_close(historique);
-    return c;
+    Totaux totaux{};
+
+  private:
+    static int Packe(int a, int mo, int j) { return (a * 16 + mo) * 32 + j; }
+    int64_t jourDebut_, jourFin_;
+    int packeDebut_, packeFin_;
+};
+
+int Classe(std::span<const uint8_t> morceau) {
+    char flag = static_cast<char>(morceau[rec::Morceau::QuotaFlag.offset]);
+    if (morceau[856] == 'O') flag = '1';  // the legacy value the call layer normalises
+    return flag == 'O' ? 1 : flag == '1' ? 2 : flag == 'N' ? 4 : flag == '-' ? 5 : 0;
 }
+
+// Plain SQL over the track and history files, with the engine's connection settings.
+class Plancher {
+  public:
+    explicit Plancher(const std::string& dossier) {
+        Ouvrir(dossier + cat::NomFichier(22, 0), morceaux_);
+        Ouvrir(dossier + cat::NomFichier(47, 0), historique_);
+        sqlite3_prepare_v2(morceaux_,
+                           "SELECT data FROM zl3_records WHERE k0 >= ?1 AND k0 <= ?2 ORDER BY k0, s0",
+                           -1, &scan_, nullptr);
+        sqlite3_prepare_v2(historique_, "SELECT data FROM zl3_records WHERE k0 = ?1", -1, &get_,
+                           nullptr);
+    }
+    ~Plancher() {
+        sqlite3_finalize(scan_);
+        sqlite3_finalize(get_);
+        sqlite3_close(morceaux_);
+        sqlite3_close(historique_);
+    }
+
+    // Each counted track with its capped entries, in walk order, in one read transaction per
+    // file held over the walk.
+    void Parcourir(const std::function<void(int classe, const uint8_t*, int)>& parMorceau) {
+        sqlite3_exec(morceaux_, "BEGIN", nullptr, nullptr, nullptr);
+        sqlite3_exec(historique_, "BEGIN", nullptr, nullptr, nullptr);
+        const std::string basse = "000" + std::string(5, '\0');
+        const std::string haute = "999" + std::string(5, '\xFF');
+        sqlite3_bind_blob(scan_, 1, basse.data(), 8, SQLITE_STATIC);
+        sqlite3_bind_blob(scan_, 2, haute.data(), 8, SQLITE_STATIC);
+        std::string k = rec::HistoryKey("");
+        while (sqlite3_step(scan_) == SQLITE_ROW) {
+            std::span<const uint8_t> t(static_cast<const uint8_t*>(sqlite3_column_blob(scan_, 0)),
+                                       static_cast<size_t>(sqlite3_column_bytes(scan_, 0)));
+            const int classe = Classe(t);
+            if (!classe) continue;
+            std::copy_n(t.begin() + static_cast<std::ptrdiff_t>(rec::Morceau::CleMorceau.offset),
+                        8, k.begin());
+            sqlite3_bind_blob(get_, 1, k.data(), static_cast<int>(k.size()), SQLITE_STATIC);
+            if (sqlite3_step(get_) == SQLITE_ROW) {
+                std::span<const uint8_t> h(
+                    static_cast<const uint8_t*>(sqlite3_column_blob(get_, 0)),
+                    static_cast<size_t>(sqlite3_column_bytes(get_, 0)));
+                const int n = rec::CappedPassageCount(h, std::string_view(k).substr(0, 3));
+                parMorceau(classe, h.data() + rec::HistoriqueDiffusion::Passages.offset, n);
+            }
+            sqlite3_reset(get_);
+        }
+        sqlite3_reset(scan_);
+        sqlite3_exec(morceaux_, "COMMIT", nullptr, nullptr, nullptr);
+        sqlite3_exec(historique_, "COMMIT", nullptr, nullptr, nullptr);
+    }
+
+  private:
+    static void Ouvrir(const std::string& chemin, sqlite3*& db) {
+        sqlite3_open_v2(chemin.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
+        sqlite3_exec(db, btr::ConnectionPragmas().c_str(), nullptr, nullptr, nullptr);
+    }
+    sqlite3* morceaux_ = nullptr;
+    sqlite3* historique_ = nullptr;
+    sqlite3_stmt* scan_ = nullptr;
+    sqlite3_stmt* get_ = nullptr;
+};
+
+// The flat copy: per counted track, its class (1 byte), its entry count (2 bytes) and its
+// entries, one after the other.
+class CopiePlate {
+  public:
+    CopiePlate(Plancher& plancher, const std::string& chemin) : chemin_(chemin) {
+        std::vector<uint8_t> octets;
+        plancher.Parcourir([&](int classe, const uint8_t* e, int n) {
+            octets.push_back(static_cast<uint8_t>(classe));
+            octets.push_back(static_cast<uint8_t>(n & 0xFF));
+            octets.push_back(static_cast<uint8_t>(n >> 8));
+            octets.insert(octets.end(), e, e + 6 * n);
+        });
+        if (FILE* f = std::fopen(chemin.c_str(), "wb")) {
+            std::fwrite(octets.data(), 1, octets.size(), f);
+            std::fclose(f);
+        }
+        taille_ = octets.size();
+        const int fd = open(chemin.c_str(), O_RDONLY);
+        carte_ = static_cast<const uint8_t*>(
+            mmap(nullptr, taille_, PROT_READ, MAP_SHARED, fd, 0));
+        close(fd);
+    }
+    ~CopiePlate() {
+        munmap(const_cast<uint8_t*>(carte_), taille_);
+        fs::remove(chemin_);
+    }
+    void Compter(Compteur& c) const {
+        for (size_t i = 0; i < taille_;) {
+            const int classe = carte_[i];
+            const int n = carte_[i + 1] | (carte_[i + 2] << 8);
+            c.Entrees(carte_ + i + 3, n, classe);
+            i += 3 + 6 * static_cast<size_t>(n);
+        }
+    }
+    size_t Taille() const { return taille_; }
+
+  private:
+    std::string chemin_;
+    size_t taille_ = 0;
+    const uint8_t* carte_ = nullptr;
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
     std::string root;
     int tracks = 50000;
+    int years = 5;
+    int rounds = 5;
     bool json = false;
     for (int i = 1; i < argc; ++i) {
         const std::string a = argv[i];
@@ -141,10 +273,16 @@ int main(int argc, char** argv) {
             root = argv[++i];
         else if (a == "--tracks" && i + 1 < argc)
             tracks = std::stoi(argv[++i]);
+        else if (a == "--years" && i + 1 < argc)
+            years = std::stoi(argv[++i]);
+        else if (a == "--rounds" && i + 1 < argc)
+            rounds = std::max(1, std::stoi(argv[++i]));
         else if (a == "--json")
             json = true;
         else {
-            std::fprintf(stderr, "usage: bench_quotas [--root DIR] [--tracks N] [--json]\n");
+            std::fprintf(stderr,
+                         "usage: bench_quotas [--root DIR] [--tracks N] [--years N] [--rounds N] "
+                         "[--json]\n");
             return 2;
         }
     }
@@ -152,25 +290,46 @@ int main(int argc, char** argv) {
     const DateTime debut = AddDays(fin, -364);
     std::string dossier;
     std::string temporaire;
+    std::string repartition = "(site given)";
     if (root.empty()) {
         temporaire = (fs::temp_directory_path() / "zl3-bench-quotas").string();
         fs::remove_all(temporaire);
         sys::SetZelvarRoot(temporaire);
         dossier = sys::WithTrailingSep(sys::NativePath("C:\\BTRieve\\Data\\"));
         sys::CheckRep(dossier);
-        demo::OptionsBaseDemo o;
-        o.stations = 1;
-        o.morceaux = tracks;
-        o.jours = 365;
-        o.fin = fin;
-        demo::RemplirBaseDemo(o, dossier);
+        // Generated by a child process, so that the peak memory measured is the report's.
+        const std::string fichierRepartition = temporaire + "/repartition.txt";
+        const pid_t enfant = fork();
+        if (enfant == 0) {
+            demo::OptionsBaseDemo o;
+            o.stations = 1;
+            o.morceaux = tracks;
+            o.jours = 365;
+            o.annees = years;
+            o.fin = fin;
+            const demo::BilanStation b = demo::RemplirBaseDemo(o, dossier).stations[0];
+            if (FILE* f = std::fopen(fichierRepartition.c_str(), "w")) {
+                std::fprintf(f, "programmed tracks: %s\n  archive: %s",
+                             demo::RepartitionEntrees(b.entrees).c_str(),
+                             demo::RepartitionEntrees(b.entreesArchive).c_str());
+                std::fclose(f);
+            }
+            _exit(0);
+        }
+        int etat = 0;
+        waitpid(enfant, &etat, 0);
+        if (FILE* f = std::fopen(fichierRepartition.c_str(), "r")) {
+            char ligne[1024];
+            repartition.clear();
+            while (std::fgets(ligne, sizeof ligne, f))
+                repartition += ligne;
+            std::fclose(f);
+        }
     } else {
         sys::SetZelvarRoot(root);
         dossier = sys::WithTrailingSep(sys::NativePath("C:\\BTRieve\\Data\\"));
     }
-    const long rssAvant = PeakRssKb();
 
-    // The report through the call layer.
     ConsoleMessageBox console;
     ScopedServices services(Services{&console, nullptr, nullptr, nullptr});
     DefinirDossierData(dossier);
@@ -179,48 +338,92 @@ int main(int argc, char** argv) {
     TableursMusique musique;
     Grid pub;
     InitGeneralTableurMusique(musique);
+    InitGeneralTableurPublicite(pub);
     RechercheStats recherche(musique, pub);
-    ParametresRecherche p;
-    p.debut = debut;
-    p.fin = fin;
-    const auto t0 = std::chrono::steady_clock::now();
-    recherche.CommandLancer_Click(p);
-    const auto t1 = std::chrono::steady_clock::now();
-    const auto [anon, fichiers] = RssAnonFileKb();
-    FermerFichiersRecherche(0, 1, 1);
+    const auto lancer = [&](Rapport r) {
+        ParametresRecherche p;
+        p.rapport = r;
+        p.debut = debut;
+        p.fin = fin;
+        recherche.CommandLancer_Click(p);
+    };
+
+    // A first report, alone: the peak resident memory is the report's own.
+    const double premier = Chrono([&] { lancer(Rapport::Quotas); }).mur;
     const long rssRapport = PeakRssKb();
+    const auto [anon, fichiers] = RssAnonFileKb();
 
-    const auto t2 = std::chrono::steady_clock::now();
-    const Comptes plancher = Plancher(dossier, debut, fin);
-    const auto t3 = std::chrono::steady_clock::now();
+    Plancher plancher(dossier);
+    const CopiePlate copie(plancher, dossier + "copie-plate.bin");
 
+    std::vector<Duree> tRapport, tPlancher, tCopie;
+    Totaux totauxPlancher{}, totauxCopie{};
+    for (int r = 0; r < rounds; ++r) {
+        tRapport.push_back(Chrono([&] { lancer(Rapport::Quotas); }));
+        Compteur cp(debut, fin);
+        tPlancher.push_back(Chrono([&] {
+            plancher.Parcourir(
+                [&](int classe, const uint8_t* e, int n) { cp.Entrees(e, n, classe); });
+        }));
+        totauxPlancher = cp.totaux;
+        Compteur cc(debut, fin);
+        tCopie.push_back(Chrono([&] { copie.Compter(cc); }));
+        totauxCopie = cc.totaux;
+    }
     const Grid& g = musique.quotas;
     bool identiques = true;
     for (int c = 1; c <= 14; ++c)
         if (c < kColPctFr || c > kColPctEtr)
-            identiques = identiques && g.Number(c, g.MaxRows()) == plancher.colonnes[c - 1];
-    const double rapportMs = Ms(t0, t1);
-    const double plancherMs = Ms(t2, t3);
+            identiques = identiques && g.Number(c, g.MaxRows()) == totauxPlancher[c] &&
+                         totauxCopie[c] == totauxPlancher[c];
+    const long passages = recherche.Bilan().passagesComptes;
+    const int morceauxLus = recherche.Bilan().morceauxLus;
+
+    std::vector<Duree> tTop, tSacem, tPub;
+    for (int r = 0; r < std::min(rounds, 3); ++r) {
+        tTop.push_back(Chrono([&] { lancer(Rapport::TopDiffusion); }));
+        tSacem.push_back(Chrono([&] { lancer(Rapport::Sacem); }));
+        tPub.push_back(Chrono([&] { lancer(Rapport::Publicite); }));
+    }
+    const int diffusionsPub = recherche.Bilan().diffusionsComptees;
+    FermerFichiersRecherche(0, 1, 1);
+
+    const double quotas = Mediane(Cpus(tRapport)), floor = Mediane(Cpus(tPlancher)),
+                 flat = Mediane(Cpus(tCopie));
+    const double top = Mediane(Cpus(tTop)), sacem = Mediane(Cpus(tSacem)),
+                 pubMs = Mediane(Cpus(tPub));
     if (json) {
         std::printf(
-            "{\"quotas_ms\": %.1f, \"floor_ms\": %.1f, \"ratio\": %.2f, \"peak_rss_mb\": %.1f, "
-            "\"rss_private_mb\": %.1f, \"rss_mapped_mb\": %.1f, \"tracks\": %d, \"broadcasts\": "
-            "%ld, "
-            "\"same_counts\": %s}\n",
-            rapportMs, plancherMs, rapportMs / plancherMs, rssRapport / 1024.0, anon / 1024.0,
-            fichiers / 1024.0, recherche.Bilan().morceauxLus, recherche.Bilan().passagesComptes,
-            identiques ? "true" : "false");
+            "{\"tracks\": %d, \"broadcasts\": %ld, \"quotas_ms\": %.1f, \"floor_ms\": %.1f, "
+            "\"flat_ms\": %.1f, \"ratio_floor\": %.2f, \"ratio_flat\": %.1f, \"top_ms\": %.1f, "
+            "\"sacem_ms\": %.1f, \"pub_ms\": %.1f, \"quotas_wall_ms\": %.1f, \"floor_wall_ms\": "
+            "%.1f, \"pub_broadcasts\": %d, \"peak_rss_mb\": %.1f, \"same_counts\": %s}\n",
+            morceauxLus, passages, quotas, floor, flat, quotas / floor, quotas / flat, top, sacem,
+            pubMs, Mediane(Murs(tRapport)), Mediane(Murs(tPlancher)), diffusionsPub,
+            rssRapport / 1024.0, identiques ? "true" : "false");
     } else {
-        std::printf("tracks: %d\n", recherche.Bilan().morceauxLus);
-        std::printf("broadcasts_counted: %ld\n", recherche.Bilan().passagesComptes);
-        std::printf("quotas_365_days: %.1f ms\n", rapportMs);
-        std::printf("floor_sqlite_scan: %.1f ms\n", plancherMs);
-        std::printf("ratio: %.2f x\n", rapportMs / plancherMs);
-        std::printf("peak_rss: %.1f MB (before the report: %.1f MB)\n", rssRapport / 1024.0,
-                    rssAvant / 1024.0);
-        std::printf("rss_after_report: %.1f MB private, %.1f MB mapped database pages\n",
-                    anon / 1024.0, fichiers / 1024.0);
-        std::printf("same_counts_as_floor: %s\n", identiques ? "yes" : "NO");
+        std::printf("history_entries: %s\n", repartition.c_str());
+        std::printf("tracks: %d\n", morceauxLus);
+        std::printf("broadcasts_counted: %ld\n", passages);
+        std::printf("(CPU time of the thread, medians of %d interleaved rounds; wall clock in "
+                    "brackets)\n",
+                    rounds);
+        std::printf("quotas_365_days: %.1f ms [%.1f ms; first run %.1f ms]\n", quotas,
+                    Mediane(Murs(tRapport)), premier);
+        std::printf("floor_plain_sql: %.1f ms [%.1f ms]\n", floor, Mediane(Murs(tPlancher)));
+        std::printf("flat_mapped_copy: %.1f ms [%.1f ms] (%.1f MB)\n", flat,
+                    Mediane(Murs(tCopie)), copie.Taille() / 1e6);
+        std::printf("ratio_to_floor: %.2f x\n", quotas / floor);
+        std::printf("ratio_to_flat_copy: %.1f x\n", quotas / flat);
+        std::printf("top_diffusion_365_days: %.1f ms [%.1f ms] (%.2f x quotas)\n", top,
+                    Mediane(Murs(tTop)), top / quotas);
+        std::printf("sacem_365_days: %.1f ms [%.1f ms] (%.2f x quotas)\n", sacem,
+                    Mediane(Murs(tSacem)), sacem / quotas);
+        std::printf("advertising_365_days: %.1f ms [%.1f ms] (%d broadcasts)\n", pubMs,
+                    Mediane(Murs(tPub)), diffusionsPub);
+        std::printf("peak_rss_after_report: %.1f MB (%.1f MB private, %.1f MB mapped pages)\n",
+                    rssRapport / 1024.0, anon / 1024.0, fichiers / 1024.0);
+        std::printf("same_counts_report_floor_flat: %s\n", identiques ? "yes" : "NO");
     }
     if (!temporaire.empty()) fs::remove_all(temporaire);
     return identiques ? 0 : 1;

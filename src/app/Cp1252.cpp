@@ -1,5 +1,6 @@
 #include "Cp1252.h"
 
+#include <algorithm>
 #include <cstdint>
 
 #include "Utf8.h"
@@ -26,6 +27,10 @@ uint32_t CodePointOf(unsigned char b) {
 }  // namespace
 
 std::string Cp1252ToUtf8(const std::string& bytes) {
+    // Most texts are plain ASCII, the same bytes in both.
+    if (std::all_of(bytes.begin(), bytes.end(),
+                    [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+        return bytes;
     std::string out;
     out.reserve(bytes.size() + bytes.size() / 8);
     for (char c : bytes) {
@@ -39,6 +44,11 @@ std::string Cp1252ToUtf8(const std::string& bytes) {
 }
 
 std::string Utf8ToCp1252(const std::string& utf8, int* replaced) {
+    if (std::all_of(utf8.begin(), utf8.end(),
+                    [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+        if (replaced) *replaced = 0;
+        return utf8;
+    }
     std::string out;
     out.reserve(utf8.size());
     int count = 0;

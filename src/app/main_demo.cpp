@@ -1,5 +1,6 @@
 // zl3-demo: creates a complete demonstration installation of the suite under a root folder, with
 // a station database in each base's data folder.
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -24,7 +25,8 @@ zl3::DateTime Aujourdhui() {
     return d;
 }
 
-void AfficherBilan(const zl3::demo::BilanBase& bilan, const std::string& dossier) {
+void AfficherBilan(const zl3::demo::BilanBase& bilan, const std::string& dossier,
+                   bool repartition) {
     std::printf("Base %d (%s)\n", bilan.base, dossier.c_str());
     for (std::size_t s = 0; s < bilan.stations.size(); ++s) {
         const zl3::demo::BilanStation& b = bilan.stations[s];
@@ -34,6 +36,12 @@ void AfficherBilan(const zl3::demo::BilanBase& bilan, const std::string& dossier
             s + 1, static_cast<long long>(b.morceaux), static_cast<long long>(b.habillages),
             static_cast<long long>(b.historiques), static_cast<long long>(b.evenements),
             static_cast<long long>(b.diffuses), static_cast<long long>(b.prevus));
+        if (repartition) {
+            std::printf("    Historiques des morceaux programmés : %s\n",
+                        zl3::demo::RepartitionEntrees(b.entrees).c_str());
+            std::printf("    Historiques des archives : %s\n",
+                        zl3::demo::RepartitionEntrees(b.entreesArchive).c_str());
+        }
     }
     std::string ligne = "  Enregistrements :";
     for (const auto& [nom, nombre] : bilan.enregistrements)
@@ -82,17 +90,20 @@ int main(int argc, char** argv) {
     base.stations = options.stations;
     base.morceaux = options.morceaux;
     base.jours = options.jours;
+    base.annees = options.annees;
     base.fin = options.fin;
     base.graine = options.graine;
+    zl3::demo::OptionsBaseDemo historique = base;
+    historique.jours = std::max(base.jours, base.annees * 365);
     std::printf("Historique du %s au %s, graine %llu\n",
-                zl3::FormatDDMMYYYY(zl3::demo::PremierJourDemo(base)).c_str(),
+                zl3::FormatDDMMYYYY(zl3::demo::PremierJourDemo(historique)).c_str(),
                 zl3::FormatDDMMYYYY(options.fin).c_str(),
                 static_cast<unsigned long long>(options.graine));
     for (int b = 1; b <= options.bases; ++b) {
         base.base = b;
         const std::string dossier = zl3::sys::NativePath(zl3::DossierDataDemo(b));
         try {
-            AfficherBilan(zl3::demo::RemplirBaseDemo(base, dossier), dossier);
+            AfficherBilan(zl3::demo::RemplirBaseDemo(base, dossier), dossier, options.annees > 0);
         } catch (const zl3::demo::ErreurDemo& e) {
             std::fprintf(stderr, "zl3-demo: base %d : %s\n", b, e.what());
             return 1;

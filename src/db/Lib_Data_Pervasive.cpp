@@ -227,7 +227,8 @@ void BTrieveTestCle(int16_t operation, const std::string& cle, int16_t noCle, in
 
 int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, int fichier,
                 int station, const std::string& sourceText) {
-    TraceProc(std::string(kModule) + "BTRieve");
+    static const std::string kProc = std::string(kModule) + "BTRieve";  // called for every read
+    TraceProc(kProc);
     StatutDejaSignale = false;
     OperationBTrieve = operation;
     NoCleBTrieve = noCle;

@@ -1,6 +1,7 @@
 #include "Recherche.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <set>
 #include <unordered_map>
@@ -20,7 +21,8 @@
 namespace zl3 {
 namespace {
 
-const char* kOrigine = "Frm_Main:CommandLancer_Click";
+// A string once: every database call takes it.
+const std::string kOrigine = "Frm_Main:CommandLancer_Click";
 
 // Quota class of a track's flag: the column in the whole-day block, 0 when not counted.
 int ClasseQuota(char flag) {
@@ -37,6 +39,116 @@ int ClasseQuota(char flag) {
             return 0;
     }
 }
+
+// The broadcast entries of a period, decoded on integers. An entry is first placed by its year,
+// month and day packed into one number: most entries of a history record lie outside the period
+// asked and stop there. One inside is then checked to be a real date and time, as DecodePassage
+// checks it (an entry that is not one is skipped, wherever it falls).
+class PeriodePassages {
+  public:
+    PeriodePassages(const DateTime& debut, const DateTime& fin)
+        : jourDebut_(DaysFromCivil(debut.year, debut.month, debut.day)),
+          jourFin_(DaysFromCivil(fin.year, fin.month, fin.day)),
+          packeDebut_(Packe(debut.year - rec::kPremiereAnneePassage, debut.month, debut.day)),
+          packeFin_(Packe(fin.year - rec::kPremiereAnneePassage, fin.month, fin.day)) {}
+
+    int64_t JourDebut() const { return jourDebut_; }
+
+    // The 6 bytes at `e`: true when they are a valid time of a day of the period, with its day
+    // number (DaysFromCivil) and its minute of the day.
+    bool Dans(const uint8_t* e, int64_t& jour, int& minutes) const {
+        const int a = e[0] - kZero, mo = e[1] - kZero, j = e[2] - kZero;
+        const int p = Packe(a, mo, j);
+        if (p < packeDebut_ || p > packeFin_) return false;
+        const int h = e[3] - kZero, mi = e[4] - kZero, s = e[5] - kZero;
+        if (a < 0 || mo < 1 || mo > 12 || j < 1 ||
+            j > DaysInMonth(rec::kPremiereAnneePassage + a, mo) || h < 0 || h > 23 || mi < 0 ||
+            mi > 59 || s < 0 || s > 59)
+            return false;
+        jour = DaysFromCivil(rec::kPremiereAnneePassage + a, mo, j);
+        if (jour < jourDebut_ || jour > jourFin_) return false;
+        minutes = h * 60 + mi;
+        return true;
+    }
+
+  private:
+    static constexpr int kZero = 32;  // code of the character that stands for 0
+    // Keeps the order of real dates (month below 16, day below 32).
+    static int Packe(int a, int mo, int j) { return (a * 16 + mo) * 32 + j; }
+    int64_t jourDebut_, jourFin_;
+    int packeDebut_, packeFin_;
+};
+
+// The three running totals of the advertising lines (client, message, line: columns 8 to 10),
+// kept as integers while the walk runs and written as the cells' texts (a total never counted
+// stays empty).
+class ComptesPub {
+  public:
+    explicit ComptesPub(Grid& grille) : grille_(grille) {}
+
+    void Ajouter(int col, int row) {
+        if (static_cast<size_t>(row) >= comptes_.size()) {
+            comptes_.resize(static_cast<size_t>(row) + 1);
+            sale_.resize(comptes_.size());
+        }
+        ++comptes_[static_cast<size_t>(row)][static_cast<size_t>(col - kPubTotalClient)];
+        if (!sale_[static_cast<size_t>(row)]) {
+            sale_[static_cast<size_t>(row)] = 1;
+            sales_.push_back(row);
+        }
+    }
+    void Ecrire() {
+        for (const int row : sales_) {
+            const auto& c = comptes_[static_cast<size_t>(row)];
+            for (size_t i = 0; i < c.size(); ++i)
+                if (c[i] != 0)
+                    grille_.SetText(kPubTotalClient + static_cast<int>(i), row,
+                                    std::to_string(c[i]));
+            sale_[static_cast<size_t>(row)] = 0;
+        }
+        sales_.clear();
+    }
+
+  private:
+    Grid& grille_;
+    std::vector<std::array<long long, 3>> comptes_;
+    std::vector<char> sale_;
+    std::vector<int> sales_;
+};
+
+// The counts of the Quotas grid's day rows, kept as integers while the walk runs and written as
+// the cells' texts (a cell never counted stays empty, as a cell the count never reached). Only
+// the cells counted since the last writing are written again.
+class ComptesQuotas {
+  public:
+    ComptesQuotas(Grid& grille, int jours)
+        : grille_(grille), comptes_((static_cast<size_t>(jours) + 1) * kLargeur),
+          sale_(comptes_.size()) {}
+
+    void Ajouter(int col, int row) {
+        const size_t i = static_cast<size_t>(row) * kLargeur + static_cast<size_t>(col);
+        ++comptes_[i];
+        if (!sale_[i]) {
+            sale_[i] = 1;
+            sales_.push_back(i);
+        }
+    }
+    void Ecrire() {
+        for (const size_t i : sales_) {
+            grille_.SetText(static_cast<int>(i % kLargeur), static_cast<int>(i / kLargeur),
+                            std::to_string(comptes_[i]));
+            sale_[i] = 0;
+        }
+        sales_.clear();
+    }
+
+  private:
+    static constexpr size_t kLargeur = kColInstru + kDecalageBande + 1;  // columns 0 to 14
+    Grid& grille_;
+    std::vector<long long> comptes_;
+    std::vector<char> sale_;
+    std::vector<size_t> sales_;
+};
 
 std::string TexteBrut(std::span<const uint8_t> r, const rec::Field& f) {
     return rec::GetBytes(r, f);
@@ -207,10 +319,11 @@ void RechercheStats::DefinirCaption(const std::string& caption) {
 
 void RechercheStats::Attendre(int fichier) {
     if (!Svc().events) return;
+    if (avantAttente_) avantAttente_();
     const auto tampon = TamponEnreg(fichier);
-    const std::vector<uint8_t> sauvegarde(tampon.begin(), tampon.end());
+    sauvegarde_.assign(tampon.begin(), tampon.end());
     Svc().events->DoEvents();
-    std::copy(sauvegarde.begin(), sauvegarde.end(), tampon.begin());
+    std::copy(sauvegarde_.begin(), sauvegarde_.end(), tampon.begin());
 }
 
 std::string TexteRapportIncomplet(const std::vector<std::string>& erreurs) {
@@ -307,8 +420,15 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     }
     // Broadcast entries are compared as day numbers and minutes of the day: row i holds the
     // day debut + i - 1, as its header says.
-    const int64_t jourDebut = DaysFromCivil(p.debut.year, p.debut.month, p.debut.day);
-    const int64_t jourFin = DaysFromCivil(p.fin.year, p.fin.month, p.fin.day);
+    const PeriodePassages periode(p.debut, p.fin);
+    const int64_t jourDebut = periode.JourDebut();
+    ComptesQuotas comptesQuotas(quotas, joursCrees);
+    // What the event loop may show of the grid is written before each yield.
+    struct AvantAttente {
+        std::function<void()>& f;
+        ~AvantAttente() { f = nullptr; }
+    } avantAttente{avantAttente_};
+    if (rapport == Rapport::Quotas) avantAttente_ = [&comptesQuotas] { comptesQuotas.Ecrire(); };
     constexpr int kDebutBandeSemaine = 6 * 60 + 30;
     constexpr int kDebutBandeWeekEnd = 8 * 60 + 30;
     constexpr int kFinBande = 22 * 60 + 30;
@@ -344,7 +464,9 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
         const std::string cleMorceau = TexteBrut(morceau, m::CleMorceau);
         const std::string categorie = cleMorceau.substr(0, 3);
         const int classe = ClasseQuota(static_cast<char>(morceau[m::QuotaFlag.offset]));
-        std::string cleLigne = Trim(cleMorceau);
+        // The row key of the per-track reports and of the play counts.
+        std::string cleLigne =
+            rapport != Rapport::Quotas || passages_ ? Trim(cleMorceau) : std::string();
         if (rapport != Rapport::Quotas) {
             // Per-track reports: "Top Diffusion" keeps the categories marked "OY"; "SACEM" the
             // music categories "000" to "999" (the station's imaging items are not declared).
@@ -372,30 +494,29 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
         }
         const auto histo = TamponEnreg(kFichierHistorique);
         const int nb = rec::CappedPassageCount(histo, categorie);
+        const uint8_t* entree = histo.data() + h::Passages.offset;
         long comptes = 0;
-        for (int i = 0; i < nb; ++i) {
+        for (int i = 0; i < nb; ++i, entree += h::kLongueurPassage) {
             if (arret_) break;
-            const auto quand = rec::PassageAt(histo, i);
-            if (!quand) continue;
-            const int64_t jour = DaysFromCivil(quand->year, quand->month, quand->day);
-            if (jour < jourDebut || jour > jourFin) continue;
+            int64_t jour = 0;
+            int minutes = 0;
+            if (!periode.Dans(entree, jour, minutes)) continue;
             ++comptes;
             if (rapport != Rapport::Quotas) continue;
             // The day row: the row whose header is the entry's date.
             const int64_t rang = jour - jourDebut + 1;
             if (rang < 1 || rang > joursCrees) continue;
             const int row = static_cast<int>(rang);
-            quotas.Increment(classe, row);
-            if (classe == kColFr || classe == kColNT) quotas.Increment(kColFrNT, row);
+            comptesQuotas.Ajouter(classe, row);
+            if (classe == kColFr || classe == kColNT) comptesQuotas.Ajouter(kColFrNT, row);
             // The regulated band, 06:30 (08:30 at weekends) to 22:30, seconds ignored.
-            const int minutes = quand->hour * 60 + quand->minute;
             int64_t semaine = (jour + 3) % 7;  // 0 Monday … 6 Sunday (1970-01-01 was a Thursday)
             if (semaine < 0) semaine += 7;
             const int debutBande = semaine >= 5 ? kDebutBandeWeekEnd : kDebutBandeSemaine;
             if (minutes >= debutBande && minutes <= kFinBande) {
-                quotas.Increment(classe + kDecalageBande, row);
+                comptesQuotas.Ajouter(classe + kDecalageBande, row);
                 if (classe == kColFr || classe == kColNT)
-                    quotas.Increment(kColFrNT + kDecalageBande, row);
+                    comptesQuotas.Ajouter(kColFrNT + kDecalageBande, row);
             }
         }
         bilan_.passagesComptes += comptes;
@@ -421,6 +542,7 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     }
 
     if (rapport == Rapport::Quotas) {
+        comptesQuotas.Ecrire();
         TotauxEtPourcentages(quotas);
         return;
     }
@@ -466,21 +588,37 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     }
 }
 
+namespace {
+
+// Trim(GetText(r, f)) without the intermediate copies: the blanks Trim drops are the same bytes
+// in the record's code page and in UTF-8, so they are dropped first.
+std::string TexteSansBlancs(std::span<const uint8_t> r, const rec::Field& f) {
+    if (r.size() < f.End()) return Trim(rec::GetText(r, f));
+    const char* d = reinterpret_cast<const char*>(r.data()) + f.offset;
+    const auto blanc = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    size_t a = 0, b = f.length;
+    while (a < b && blanc(d[a]))
+        ++a;
+    while (b > a && blanc(d[b - 1]))
+        --b;
+    return Cp1252ToUtf8(std::string(d + a, b - a));
+}
+
+}  // namespace
+
 IdentiteLignePub IdentiteDiffusionPub(std::span<const uint8_t> log) {
     namespace lp = rec::LogPub;
     IdentiteLignePub l;
-    l.client = Trim(rec::GetText(log, lp::CodeClient));
-    const std::string reference = Trim(rec::GetText(log, lp::Reference));
-    std::vector<std::string> parties;
-    for (size_t start = 0;;) {
-        const size_t bar = reference.find(lp::kSeparateurReference, start);
-        parties.push_back(Trim(reference.substr(
-            start, bar == std::string::npos ? std::string::npos : bar - start)));
-        if (bar == std::string::npos) break;
-        start = bar + 1;
-    }
-    l.zone = parties.size() == 2 ? parties[0] + "/" + parties[1] : reference;
-    l.message = Trim(rec::GetText(log, lp::CleSpot)) + "/" + Trim(rec::GetText(log, lp::CleMessage));
+    l.client = TexteSansBlancs(log, lp::CodeClient);
+    const std::string reference = TexteSansBlancs(log, lp::Reference);
+    // Split on "|": two parts are "region/town"; any other count leaves the field as it is.
+    const size_t bar = reference.find(lp::kSeparateurReference);
+    if (bar != std::string::npos &&
+        reference.find(lp::kSeparateurReference, bar + 1) == std::string::npos)
+        l.zone = Trim(reference.substr(0, bar)) + "/" + Trim(reference.substr(bar + 1));
+    else
+        l.zone = reference;
+    l.message = TexteSansBlancs(log, lp::CleSpot) + "/" + TexteSansBlancs(log, lp::CleMessage);
     return l;
 }
 
@@ -492,7 +630,16 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
     const std::string cleFin = FormatYYYYMMDD(p.fin) + "235959";
     std::unordered_map<std::string, int> premiereLigneClient;
     std::unordered_map<std::string, int> premiereLigneMessage;
-    std::unordered_map<std::string, int> premiereLigne;
+    struct RangsLigne {
+        int ligne, message, client;
+    };
+    std::unordered_map<std::string, RangsLigne> premiereLigne;
+    ComptesPub totaux(g);
+    struct AvantAttente {
+        std::function<void()>& f;
+        ~AvantAttente() { f = nullptr; }
+    } avantAttente{avantAttente_};
+    avantAttente_ = [&totaux] { totaux.Ecrire(); };
     std::string cle = FormatYYYYMMDD(p.debut) + "000000";
     int16_t op = kBtrGetGreaterOrEqual;
     for (;;) {
@@ -514,51 +661,55 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
         rec::SetText(log, lp::CodeClient, client);
         if (client.empty()) continue;
         const std::string& zone = ligne.zone;
-        const std::string cleMessage = rec::GetBytes(log, lp::CleMessage);
-        const std::string noContrat = rec::GetBytes(log, lp::NoContrat);
         const std::string& colMessage = ligne.message;
 
         // The line of this client, message and zone; the client's and the message's first lines
         // carry their running totals.
         // Rows are only ever appended, so the first row of a client, of a client's message and
-        // of a line are remembered as they are created.
-        const auto itClient = premiereLigneClient.find(client);
-        int rowClient = itClient == premiereLigneClient.end() ? 0 : itClient->second;
-        std::string cleMessageLigne = client;
-        cleMessageLigne += '\x1f';
-        cleMessageLigne += colMessage;
-        const auto itMessage = premiereLigneMessage.find(cleMessageLigne);
-        int rowMessage = itMessage == premiereLigneMessage.end() ? 0 : itMessage->second;
-        std::string cleLigne = cleMessageLigne;
+        // of a line are remembered as they are created; a line known already knows the other
+        // two.
+        std::string cleLigne = client;
+        cleLigne += '\x1f';
+        cleLigne += colMessage;
+        const size_t longueurCleMessage = cleLigne.size();
         cleLigne += '\x1f';
         cleLigne += zone;
+        int trouve = 0, rowMessage = 0, rowClient = 0;
         const auto itLigne = premiereLigne.find(cleLigne);
-        int trouve = itLigne == premiereLigne.end() ? 0 : itLigne->second;
-        if (trouve) {
-            g.Increment(kPubTotalLigne, trouve);
+        if (itLigne != premiereLigne.end()) {
+            trouve = itLigne->second.ligne;
+            rowMessage = itLigne->second.message;
+            rowClient = itLigne->second.client;
         } else {
+            const std::string cleMessageLigne = cleLigne.substr(0, longueurCleMessage);
+            const auto itClient = premiereLigneClient.find(client);
+            if (itClient != premiereLigneClient.end()) rowClient = itClient->second;
+            const auto itMessage = premiereLigneMessage.find(cleMessageLigne);
+            if (itMessage != premiereLigneMessage.end()) rowMessage = itMessage->second;
             trouve = g.MaxRows() + 1;
             g.SetMaxRows(trouve);
             g.SetRowHeader(0, trouve, std::to_string(trouve));
             g.SetText(kPubClient, trouve, client);
             g.SetText(kPubNomClient, trouve, LibClient(p.source, p.station, client));
-            const DescriptionPub d = DecrireLignePub(p, cleMessage, noContrat);
+            const DescriptionPub d = DecrireLignePub(p, rec::GetBytes(log, lp::CleMessage),
+                                                     rec::GetBytes(log, lp::NoContrat));
             g.SetText(kPubCommercial, trouve, d.codeCommercial);
             g.SetText(kPubNomCommercial, trouve, d.nomCommercial);
             g.SetText(kPubMessage, trouve, colMessage);
             g.SetText(kPubTexteMessage, trouve, d.texteMessage);
             g.SetText(kPubZone, trouve, zone);
-            g.SetText(kPubTotalLigne, trouve, "1");
             if (rowMessage == 0) rowMessage = trouve;
             if (rowClient == 0) rowClient = trouve;
-            premiereLigne.emplace(cleLigne, trouve);
+            premiereLigne.emplace(cleLigne, RangsLigne{trouve, rowMessage, rowClient});
             premiereLigneMessage.emplace(cleMessageLigne, rowMessage);
             premiereLigneClient.emplace(client, rowClient);
         }
-        g.Increment(kPubTotalMessage, rowMessage);
-        g.Increment(kPubTotalClient, rowClient);
+        totaux.Ajouter(kPubTotalLigne, trouve);
+        totaux.Ajouter(kPubTotalMessage, rowMessage);
+        totaux.Ajouter(kPubTotalClient, rowClient);
         ++bilan_.diffusionsComptees;
     }
+    totaux.Ecrire();
 }
 
 BilanRecherche CalculeStatsPassages(const ParametresRecherche& p, Grid& passages) {

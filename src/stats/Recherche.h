@@ -105,6 +105,9 @@ class RechercheStats {
     std::string caption_ = "Lancer";
     BilanRecherche bilan_;
     std::map<std::string, PassagesMorceau>* passages_ = nullptr;
+    // Run before each yield: writes what the walk has counted so far into the grid.
+    std::function<void()> avantAttente_;
+    std::vector<uint8_t> sauvegarde_;  // the record buffer kept over a yield
 };
 
 // The play counts of FrmStatsPassages over `p`'s period and station (the report of `p` is not

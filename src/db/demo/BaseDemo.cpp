@@ -16,7 +16,21 @@ namespace {
 
 // Streams of the seed, so that each part of the database draws its own numbers: adding a
 // station or a base leaves the others as they were.
-enum Flux : uint64_t { kFluxBibliotheque = 1, kFluxRegie, kFluxDiffusion, kFluxPublicite };
+enum Flux : uint64_t {
+    kFluxBibliotheque = 1,
+    kFluxRegie,
+    kFluxDiffusion,
+    kFluxPublicite,
+    kFluxAnciens
+};
+
+// Tracks a station programmes after years on air (the others are in its archive).
+constexpr int kMorceauxProgrammes = 2500;
+// Archive tracks were programmed in the years before the simulated ones: this share of them keep
+// 1 to kAnciensMax broadcasts of the kAnneesAnciennes years before.
+constexpr double kPartArchiveDiffusee = 0.7;
+constexpr int kAnciensMax = 40;
+constexpr int kAnneesAnciennes = 5;
 
 constexpr rec::Field kEvenementSequence =
     rec::decl::Named(rec::EvenementMusical::kFields, "Champ014");
@@ -156,30 +170,52 @@ void EcrireEvenements(EcrivainBtrieve& e, int station, const BibliothequeDemo& b
 }
 
 // One history record per aired track: its latest broadcasts, newest first, as many as the
-// record keeps for its kind of item.
-int64_t EcrireHistoriques(EcrivainBtrieve& e, int station, const BibliothequeDemo& b,
-                          const std::vector<EvenementDemo>& evenements) {
+// record keeps for its kind of item. `anciens` (per track, newest first) are older still.
+// Counts the entries kept per record in `bilan`.
+void EcrireHistoriques(EcrivainBtrieve& e, int station, const BibliothequeDemo& b,
+                       const std::vector<EvenementDemo>& evenements,
+                       const std::vector<std::vector<int64_t>>& anciens, BilanStation& bilan) {
     using namespace rec::HistoriqueDiffusion;
-    std::vector<std::vector<int>> parMorceau(b.morceaux.size());
-    for (int i = 0; i < static_cast<int>(evenements.size()); ++i)
-        parMorceau[evenements[i].morceau].push_back(i);
-    int64_t nb = 0;
+    std::vector<std::vector<int64_t>> parMorceau(b.morceaux.size());
+    for (const EvenementDemo& ev : evenements)
+        parMorceau[ev.morceau].push_back(ev.instant);
     for (std::size_t m = 0; m < b.morceaux.size(); ++m) {
-        const std::vector<int>& diffusions = parMorceau[m];
+        std::vector<int64_t>& diffusions = parMorceau[m];
+        std::reverse(diffusions.begin(), diffusions.end());
+        if (m < anciens.size())
+            diffusions.insert(diffusions.end(), anciens[m].begin(), anciens[m].end());
         if (diffusions.empty()) continue;
         const std::string& cle = b.morceaux[m].cle;
         const int garder = rec::CapPassages(cle, static_cast<int>(diffusions.size()));
         Enregistrement r(kLayout);
         r.Octets(Cle, rec::HistoryKey(cle)).Entier(NbPassages, garder);
         for (int i = 0; i < garder; ++i) {
-            const int64_t instant = evenements[diffusions[diffusions.size() - 1 - i]].instant;
-            if (!rec::SetPassageAt(r.Octets(), i, DateDeLInstant(instant)))
+            if (!rec::SetPassageAt(r.Octets(), i, DateDeLInstant(diffusions[i])))
                 throw ErreurDemo("Date de diffusion impossible à écrire pour le morceau " + cle);
         }
         r.Inserer(e, station);
-        ++nb;
+        (b.CategorieDe(b.morceaux[m]).archive ? bilan.entreesArchive : bilan.entrees)
+            .push_back(garder);
     }
-    return nb;
+    bilan.historiques =
+        static_cast<int64_t>(bilan.entrees.size() + bilan.entreesArchive.size());
+}
+
+// Broadcasts of the archive tracks in the kAnneesAnciennes years before `avant`, newest first.
+std::vector<std::vector<int64_t>> DiffusionsAnciennes(const BibliothequeDemo& b, int64_t avant,
+                                                      uint64_t graine) {
+    Hasard h(graine);
+    std::vector<std::vector<int64_t>> anciens(b.morceaux.size());
+    const int64_t duree = int64_t{kAnneesAnciennes} * 365 * 86400;
+    for (std::size_t m = 0; m < b.morceaux.size(); ++m) {
+        if (!b.CategorieDe(b.morceaux[m]).archive || !h.Chance(kPartArchiveDiffusee)) continue;
+        std::vector<int64_t>& l = anciens[m];
+        const int n = h.Entre(1, kAnciensMax);
+        for (int i = 0; i < n; ++i)
+            l.push_back(avant - 1 - static_cast<int64_t>(h.Reel() * static_cast<double>(duree)));
+        std::sort(l.rbegin(), l.rend());
+    }
+    return anciens;
 }
 
 // ---- Advertising ----------------------------------------------------------------------------
@@ -285,7 +321,13 @@ BilanBase RemplirBaseDemo(const OptionsBaseDemo& options, const std::string& dos
     const auto base = static_cast<uint64_t>(options.base);
     const DateTime premierJour = PremierJourDemo(options);
     const BibliothequeDemo bibliotheque =
-        GenererBibliotheque(options.morceaux, Graine(options.graine, {base, kFluxBibliotheque}));
+        GenererBibliotheque(options.morceaux, Graine(options.graine, {base, kFluxBibliotheque}),
+                            options.annees > 0 ? kMorceauxProgrammes : 0);
+    // Days of airplay in the history records, ending on the last day.
+    const int joursHistorique = std::max(options.jours, options.annees * 365);
+    OptionsBaseDemo historique = options;
+    historique.jours = joursHistorique;
+    const DateTime premierJourHistorique = PremierJourDemo(historique);
     const RegieDemo regie = GenererRegie(Graine(options.graine, {base, kFluxRegie}));
 
     EcrivainBtrieve ecrivain(dossierData);
@@ -307,11 +349,22 @@ BilanBase RemplirBaseDemo(const OptionsBaseDemo& options, const std::string& dos
         EcrireVersions(ecrivain, station, bibliotheque);
         ecrivain.Terminer();
         {
-            const std::vector<EvenementDemo> evenements =
-                GenererDiffusion(bibliotheque, premierJour, options.jours,
+            std::vector<EvenementDemo> evenements =
+                GenererDiffusion(bibliotheque, premierJourHistorique, joursHistorique,
                                  Graine(options.graine, {base, kFluxDiffusion, s}));
+            std::vector<std::vector<int64_t>> anciens;
+            if (options.annees > 0)
+                anciens = DiffusionsAnciennes(bibliotheque, Instant(premierJourHistorique),
+                                              Graine(options.graine, {base, kFluxAnciens, s}));
+            EcrireHistoriques(ecrivain, station, bibliotheque, evenements, anciens, bs);
+            // The music events file keeps the days of the events only.
+            const int64_t debutEvenements = Instant(premierJour);
+            evenements.erase(evenements.begin(),
+                             std::find_if(evenements.begin(), evenements.end(),
+                                          [&](const EvenementDemo& ev) {
+                                              return ev.instant >= debutEvenements;
+                                          }));
             EcrireEvenements(ecrivain, station, bibliotheque, evenements);
-            bs.historiques = EcrireHistoriques(ecrivain, station, bibliotheque, evenements);
             bs.evenements = static_cast<int64_t>(evenements.size());
             ecrivain.Terminer();
         }
@@ -328,6 +381,24 @@ BilanBase RemplirBaseDemo(const OptionsBaseDemo& options, const std::string& dos
     }
     bilan.enregistrements = ecrivain.Comptes();
     return bilan;
+}
+
+std::string RepartitionEntrees(const std::vector<int>& entrees) {
+    std::vector<int> n = entrees;
+    if (n.empty()) return "0 historique";
+    std::sort(n.begin(), n.end());
+    const auto rang = [&](int pourcent) {
+        return n[std::min(n.size() - 1, n.size() * static_cast<std::size_t>(pourcent) / 100)];
+    };
+    std::string ligne = std::to_string(n.size()) + " historiques, entrées : min " +
+                        std::to_string(n.front());
+    for (int d = 10; d <= 90; d += 10)
+        ligne += (d == 50 ? ", médiane " : ", d" + std::to_string(d / 10) + " ") +
+                 std::to_string(rang(d));
+    ligne += ", max " + std::to_string(n.back()) + ", au plafond de " +
+             std::to_string(rec::HistoriqueDiffusion::kNbMaxPassages) + " : " +
+             std::to_string(std::count(n.begin(), n.end(), rec::HistoriqueDiffusion::kNbMaxPassages));
+    return ligne;
 }
 
 }  // namespace zl3::demo

@@ -16,7 +16,11 @@ struct OptionsBaseDemo {
     int base = 1;         // 1-based; each base gets its own library and clients
     int stations = 2;     // 1..10
     int morceaux = 3000;  // music tracks
-    int jours = 365;      // days of broadcast history, ending on `fin`
+    int jours = 365;      // days of music events and advertising, ending on `fin`
+    // Years of airplay kept in the history records, ending on `fin`; 0: the history holds the
+    // `jours` days of the events. With years, the library is a station's after years on air: a
+    // few thousand programmed tracks, the rest in the archive with older broadcasts.
+    int annees = 0;
     DateTime fin;         // last day of the history
     uint64_t graine = 1;  // same seed and options: the same records, byte for byte
 };
@@ -28,7 +32,15 @@ struct BilanStation {
     int64_t evenements = 0;   // music events aired
     int64_t prevus = 0;       // spots in the running order
     int64_t diffuses = 0;     // spots in the broadcast log
+    // Entries kept per history record: tracks of the programmed categories and imaging items,
+    // tracks of the archive.
+    std::vector<int> entrees;
+    std::vector<int> entreesArchive;
 };
+
+// Entries per history record, in a line: records, smallest, deciles, largest, records at the
+// 672-entry cap.
+std::string RepartitionEntrees(const std::vector<int>& entrees);
 
 struct BilanBase {
     int base = 1;

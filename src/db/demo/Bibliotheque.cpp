@@ -159,13 +159,13 @@ int TirerArtiste(Hasard& h, const std::vector<int>& francophones, const std::vec
     return (*pool)[Favori(h, static_cast<int>(pool->size()))];
 }
 
-std::vector<int> TaillesCategories(int nbMusique) {
+std::vector<int> TaillesCategories(int nbMusique, int actifs) {
     const int n = static_cast<int>(std::size(kCategories));
     std::vector<int> tailles(n, 0);
     int total = 0;
     for (int c = 0; c < n - 1; ++c) {
         const ModeleCategorie& m = kCategories[c];
-        int t = std::max(m.minimum, static_cast<int>(std::lround(m.part * nbMusique)));
+        int t = std::max(m.minimum, static_cast<int>(std::lround(m.part * actifs)));
         if (m.maximum > 0) t = std::min(t, m.maximum);
         tailles[c] = t;
         total += t;
@@ -182,7 +182,7 @@ Tranche TrancheDeLHeure(int heure) {
     return Tranche::Soiree;
 }
 
-BibliothequeDemo GenererBibliotheque(int nbMorceaux, uint64_t graine) {
+BibliothequeDemo GenererBibliotheque(int nbMorceaux, uint64_t graine, int actifs) {
     Hasard h(graine);
     BibliothequeDemo b;
 
@@ -193,12 +193,13 @@ BibliothequeDemo GenererBibliotheque(int nbMorceaux, uint64_t graine) {
         c.top = m.top;
         c.enRotation = m.enRotation;
         c.antenne = m.antenne;
+        c.archive = m.part == 0.0;
         b.categories.push_back(c);
     }
     const int categorieJingles = static_cast<int>(b.categories.size());
-    b.categories.push_back({"JIN", "Jingles", true, false, 0, {}});
+    b.categories.push_back({"JIN", "Jingles", true, false, 0, {}, false});
     const int categorieLiners = static_cast<int>(b.categories.size());
-    b.categories.push_back({"LIN", "Liners", true, false, 0, {}});
+    b.categories.push_back({"LIN", "Liners", true, false, 0, {}, false});
 
     for (std::size_t i = 0; i < voc::Labels().size(); ++i)
         b.labels.push_back({"L" + PadNumber(static_cast<int64_t>(i) + 1, 4), voc::Labels()[i]});
@@ -214,7 +215,8 @@ BibliothequeDemo GenererBibliotheque(int nbMorceaux, uint64_t graine) {
         l = Favori(h, static_cast<int>(b.labels.size()));
 
     // Music tracks, category by category, numbered with the gaps left by deleted tracks.
-    const std::vector<int> tailles = TaillesCategories(nbMorceaux);
+    const std::vector<int> tailles =
+        TaillesCategories(nbMorceaux, actifs > 0 ? std::min(actifs, nbMorceaux) : nbMorceaux);
     const int nbModeles = static_cast<int>(std::size(kCategories));
     for (int c = 0; c < nbModeles; ++c) {
         const ModeleCategorie& modele = kCategories[c];

@@ -26,6 +26,7 @@ struct CategorieDemo {
     int enRotation = 0;
     // Share of the music airplay in each part of the day.
     std::array<double, kNbTranches> antenne{};
+    bool archive = false;  // the archive: what the other categories leave, seldom aired
 };
 
 struct ArtisteDemo {
@@ -73,7 +74,9 @@ struct BibliothequeDemo {
 };
 
 // A library of `nbMorceaux` music tracks (plus the imaging items that go with such a library),
-// the same for the same seed.
-BibliothequeDemo GenererBibliotheque(int nbMorceaux, uint64_t graine);
+// the same for the same seed. The categories share out `actifs` tracks (0: all of them) and the
+// archive holds the rest: a station that has been on air for years programmes a few thousand
+// tracks and keeps the others in its archive.
+BibliothequeDemo GenererBibliotheque(int nbMorceaux, uint64_t graine, int actifs = 0);
 
 }  // namespace zl3::demo

@@ -1,5 +1,7 @@
 #include "OptionsDemo.h"
 
+#include <algorithm>
+
 #include "OptionsLigne.h"
 
 namespace zl3::demo {
@@ -13,7 +15,7 @@ constexpr int kDerniereAnnee = 2199;
 
 const char* UsageDemo() {
     return "Usage: zl3-demo --root DIR [--bases N] [--stations N] [--tracks N] [--days N]\n"
-           "                [--end AAAA-MM-JJ] [--seed N]\n"
+           "                [--years N] [--end AAAA-MM-JJ] [--seed N]\n"
            "Crée sous DIR une installation complète de la suite Zelvar (dossier Windows, "
            "Win.ini,\n"
            "configuration des bases et des stations, dossiers de données, de journaux et de "
@@ -23,7 +25,12 @@ const char* UsageDemo() {
            "  --bases N      nombre de bases (radios), 1 à 20 (défaut 1)\n"
            "  --stations N   stations par base, 1 à 10 (défaut 2)\n"
            "  --tracks N     morceaux de musique par station, 200 à 100000 (défaut 3000)\n"
-           "  --days N       jours d'historique de diffusion, 1 à 3650 (défaut 365)\n"
+           "  --days N       jours d'historique de diffusion, d'événements musicaux et de\n"
+           "                 publicité, 1 à 3650 (défaut 365)\n"
+           "  --years N      années de diffusion dans les historiques, 1 à 20 : une station à\n"
+           "                 l'antenne depuis des années (quelques milliers de morceaux\n"
+           "                 programmés, les autres en archive avec des diffusions plus\n"
+           "                 anciennes) ; sans cette option, les historiques couvrent --days\n"
            "  --end DATE     dernier jour de l'historique, AAAA-MM-JJ (défaut : la veille ;\n"
            "                 donner --end pour obtenir des fichiers reproductibles)\n"
            "  --seed N       graine du tirage, 0 à 9223372036854775807 (défaut 1) : mêmes\n"
@@ -34,13 +41,14 @@ const char* UsageDemo() {
 
 Analyse AnalyserOptionsDemo(int argc, char** argv, const DateTime& aujourdhui, OptionsDemo& options,
                             std::string& message) {
-    OptionsLigne ligne({"root", "bases", "stations", "tracks", "days", "end", "seed"},
+    OptionsLigne ligne({"root", "bases", "stations", "tracks", "days", "years", "end", "seed"},
                        {"help", "force"});
     long long bases = options.bases, stations = options.stations, morceaux = options.morceaux,
-              jours = options.jours, graine = static_cast<long long>(options.graine);
+              jours = options.jours, annees = options.annees,
+              graine = static_cast<long long>(options.graine);
     if (!ligne.Analyse(argc, argv) || !ligne.Entier("bases", 1, 20, bases) ||
         !ligne.Entier("stations", 1, 10, stations) ||
-        !ligne.Entier("tracks", 200, 100000, morceaux) || !ligne.Entier("days", 1, 3650, jours) ||
+        !ligne.Entier("tracks", 200, 100000, morceaux) || !ligne.Entier("days", 1, 3650, jours) || !ligne.Entier("years", 1, 20, annees) ||
         !ligne.Entier("seed", 0, 9223372036854775807LL, graine)) {
         message = ligne.Erreur();
         return Analyse::Erreur;
@@ -68,9 +76,10 @@ Analyse AnalyserOptionsDemo(int argc, char** argv, const DateTime& aujourdhui, O
         fin = *date;
     }
     fin.hour = fin.minute = fin.second = fin.millisecond = 0;
-    const DateTime debut = AddDays(fin, -(jours - 1));
+    const long long joursHistorique = std::max(jours, annees * 365);
+    const DateTime debut = AddDays(fin, -(joursHistorique - 1));
     if (debut.year < kPremiereAnnee || fin.year > kDerniereAnnee) {
-        message = "la période de " + std::to_string(jours) + " jours finissant le " +
+        message = "la période de " + std::to_string(joursHistorique) + " jours finissant le " +
                   FormatDDMMYYYY(fin) + " doit se situer entre le 01/01/" +
                   std::to_string(kPremiereAnnee) + " et le 31/12/" + std::to_string(kDerniereAnnee);
         return Analyse::Erreur;
@@ -82,6 +91,7 @@ Analyse AnalyserOptionsDemo(int argc, char** argv, const DateTime& aujourdhui, O
     options.stations = static_cast<int>(stations);
     options.morceaux = static_cast<int>(morceaux);
     options.jours = static_cast<int>(jours);
+    options.annees = static_cast<int>(annees);
     options.fin = fin;
     options.graine = static_cast<uint64_t>(graine);
     return Analyse::Continuer;

@@ -14,6 +14,7 @@ struct OptionsDemo {
     int stations = 2;
     int morceaux = 3000;
     int jours = 365;
+    int annees = 0;  // --years: years of airplay in the history records (0: the days above)
     DateTime fin;  // last day of the history; yesterday unless --end is given
     uint64_t graine = 1;
     bool forcer = false;  // --force: replace an installation already under the root

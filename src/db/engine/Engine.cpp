@@ -353,6 +353,29 @@ int16_t DoPositioningGet(Engine& e, const Call& call, Query q) {
     const int keyNo = call.keyNumber;
     const KeyDef& kd = c->file->Def().keys[static_cast<size_t>(keyNo)];
     if (q != Query::kFirst && q != Query::kLast) IndexKeyFromValue(kd, call.key, e.value);
+    if (q == Query::kEqual) {
+        // One row, read straight into the caller's buffer (a found record only: the buffer is
+        // untouched otherwise); the next Get Next/Previous reads on from the position.
+        DbFile& f = *c->file;
+        Row row;
+        int b = 0, n = 0;
+        DropBatch(*c);
+        status = f.Fetch(keyNo, q, e.value, 0, 1, call.data, &row, b, n);
+        WatchSnapshot(e, f);
+        if (status != kOk) return status;
+        if (n == b) return kKeyNotFound;
+        c->nextBatch = std::min(kFirstBatch * 2, c->capacity);
+        *call.dataLength = f.Def().recordLength;
+        RawKey(kd, call.data, call.key);
+        c->posKey.resize(kd.length);
+        IndexKey(kd, call.data, c->posKey.data());
+        c->posSeq = row.seq;
+        c->curId = row.id;
+        c->curVer = row.ver;
+        c->hasCurrent = true;
+        c->keyNo = keyNo;
+        return kOk;
+    }
     // The position only moves when a record is found.
     status = Fetch(e, *c, keyNo, q, e.value, 0,
                    q == Query::kEqual ? 1 : std::min(kFirstBatch, c->capacity));

@@ -379,6 +379,12 @@ int DbFile::BusyWait(void* self, int attempts) {
     return 1;
 }
 
+std::string ConnectionPragmas() {
+    return "PRAGMA mmap_size=" + std::to_string(kMmapSize) +
+           ";PRAGMA cache_size=-8192;PRAGMA synchronous=NORMAL;"
+           "PRAGMA journal_size_limit=8388608;";
+}
+
 int16_t DbFile::Configure() {
     sqlite3_extended_result_codes(db_, 1);
     sqlite3_busy_handler(db_, &DbFile::BusyWait, this);
@@ -386,10 +392,7 @@ int16_t DbFile::Configure() {
     // cell_size_check stays off: it re-verifies every page each time it is taken from the
     // memory mapping and halves Get Equal; corrupt pages are still detected and reported
     // (SQLITE_CORRUPT → status 2), and "zl3-btr check" runs the full integrity check.
-    const std::string pragmas = "PRAGMA mmap_size=" + std::to_string(kMmapSize) +
-                                ";PRAGMA cache_size=-8192;PRAGMA synchronous=NORMAL;"
-                                "PRAGMA journal_size_limit=8388608;";
-    const int rc = sqlite3_exec(db_, pragmas.c_str(), nullptr, nullptr, nullptr);
+    const int rc = sqlite3_exec(db_, ConnectionPragmas().c_str(), nullptr, nullptr, nullptr);
     return rc == SQLITE_OK ? kOk : Fail(rc);
 }
 

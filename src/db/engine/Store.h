@@ -33,6 +33,10 @@ inline constexpr uint32_t kApplicationId = 0x5A4C3342;  // "ZL3B"
 inline constexpr int kSchemaVersion = 1;
 inline constexpr uint8_t kFileVersion = 0x60;  // file version byte reported by Stat
 
+// The PRAGMA statements every connection of the engine runs when it opens a file: the memory
+// map, the page cache, the sync and journal settings (benchmarks read with the same).
+std::string ConnectionPragmas();
+
 // Maps an SQLite result code to an engine status (busy → 85, full → 18, read-only → 46,
 // constraint → 5, corruption and I/O → 2).
 int16_t StatusFromSqlite(int rc);

@@ -39,17 +39,19 @@ TEST(OptionsDemo, DefaultsEndYesterdayAndExplicitValuesAreTaken) {
     EXPECT_EQ(d.options.stations, 2);
     EXPECT_EQ(d.options.morceaux, 3000);
     EXPECT_EQ(d.options.jours, 365);
+    EXPECT_EQ(d.options.annees, 0);
     EXPECT_EQ(d.options.graine, 1u);
     EXPECT_EQ(d.options.fin, (DateTime{2025, 2, 28}));
 
     const Resultat r =
         Analyser({"--root=/r", "--bases", "3", "--stations", "10", "--tracks", "50000", "--days",
-                  "7", "--end", "2024-02-29", "--seed", "9223372036854775807"});
+                  "7", "--years", "4", "--end", "2024-02-29", "--seed", "9223372036854775807"});
     ASSERT_EQ(r.analyse, Analyse::Continuer) << r.message;
     EXPECT_EQ(r.options.bases, 3);
     EXPECT_EQ(r.options.stations, 10);
     EXPECT_EQ(r.options.morceaux, 50000);
     EXPECT_EQ(r.options.jours, 7);
+    EXPECT_EQ(r.options.annees, 4);
     EXPECT_EQ(r.options.fin, (DateTime{2024, 2, 29}));
     EXPECT_EQ(r.options.graine, 9223372036854775807ULL);
 
@@ -62,6 +64,8 @@ TEST(OptionsDemo, WrongValuesAreRefusedWithAFrenchMessageNamingTheOption) {
         {{"--root", "r", "--tracks", "100001"}, "--tracks"},
         {{"--root", "r", "--days", "0"}, "--days"},
         {{"--root", "r", "--days", "douze"}, "--days"},
+        {{"--root", "r", "--years", "0"}, "--years"},
+        {{"--root", "r", "--years", "21"}, "--years"},
         {{"--root", "r", "--stations", "11"}, "--stations"},
         {{"--root", "r", "--seed", "-1"}, "--seed"},
         {{"--root", "r", "--end", "2025-02-30"}, "--end"},
@@ -83,6 +87,11 @@ TEST(OptionsDemo, APeriodStartingBefore2000IsRefused) {
     EXPECT_EQ(r.analyse, Analyse::Erreur);
     EXPECT_NE(r.message.find("01/01/2000"), std::string::npos) << r.message;
     EXPECT_EQ(Analyser({"--root", "r", "--end", "2000-06-30", "--days", "182"}).analyse,
+              Analyse::Continuer);
+    // Years of history go back from the last day as well.
+    EXPECT_EQ(Analyser({"--root", "r", "--end", "2004-06-30", "--years", "5"}).analyse,
+              Analyse::Erreur);
+    EXPECT_EQ(Analyser({"--root", "r", "--end", "2004-06-30", "--years", "4"}).analyse,
               Analyse::Continuer);
 }
 
