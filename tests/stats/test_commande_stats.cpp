@@ -376,5 +376,61 @@ TEST_F(CommandeStats, ReadErrorGivesAnIncompleteReportAndExitCode4) {
     sys::SetZelvarRoot(root_);
 }
 
+TEST_F(CommandeStats, ConformiteJudgesTheMonthAndSaysItInItsExitCode) {
+    const std::string mois = "--root " + root_ + " --station 1 --report conformite --month 2026-10 ";
+    Sortie s = Executer(mois + "--format csv");
+    ASSERT_TRUE(s.code == 0 || s.code == 3) << s.texte;
+    const auto lignes = Csv(s.texte);
+    ASSERT_GT(lignes.size(), 31u);
+    std::map<std::string, std::vector<std::string>> rubriques;
+    long long francais = 0, base = 0;
+    int jours = 0;
+    for (const auto& l : lignes) {
+        ASSERT_EQ(l.size(), 8u);
+        if (l[0].size() == 10 && l[0].substr(2) == "-10-2026") {
+            ++jours;
+            francais += N(l[2]);
+            base += N(l[3]);
+        } else if (!rubriques.count(l[0] + l[1])) {
+            rubriques[l[0] + l[1]] = l;
+        }
+    }
+    EXPECT_EQ(jours, 31);
+    const auto& avant = rubriques["CompteFrancophones avant la règle des dix titres"];
+    ASSERT_FALSE(avant.empty());
+    EXPECT_EQ(N(avant[2]), francais);  // the days add up to the month
+    EXPECT_EQ(N(avant[3]), base);
+    EXPECT_EQ(lignes.back()[7], avant[4]);  // the last running share is the month's
+    EXPECT_EQ(rubriques["Mois10/2026"][6] == "Conforme", s.code == 0);
+    // Every regime: the printed verdict and the exit code agree.
+    for (const char* r : {"40-20", "60-10", "35-25", "15"}) {
+        s = Executer(mois + "--regime " + r);
+        EXPECT_TRUE(s.code == 0 || s.code == 3) << s.texte;
+        EXPECT_EQ(s.texte.find("Verdict: Conforme\n") != std::string::npos, s.code == 0) << s.texte;
+    }
+    // Printed with its chart.
+    const std::string pdf = root_ + "conformite-octobre";
+    s = Executer(mois + "--format pdf --out " + pdf);
+    ASSERT_TRUE(s.code == 0 || s.code == 3) << s.texte;
+    FILE* p = popen(("pdftotext -layout " + pdf + ".pdf -").c_str(), "r");
+    ASSERT_TRUE(p);
+    std::string texte;
+    char buf[256];
+    while (fgets(buf, sizeof buf, p))
+        texte += buf;
+    EXPECT_EQ(pclose(p), 0);
+    EXPECT_NE(texte.find("Conformité 10/2026, régime 40-20"), std::string::npos) << texte;
+    EXPECT_NE(texte.find("Part francophone dans la tranche, 10/2026"), std::string::npos);
+    // Wrong values.
+    for (const std::string& args :
+         {mois + "--regime 50", mois + "--from 2026-10-01", mois + "--format pdf",
+          "--root " + root_ + " --station 1 --report conformite --month 2026-13",
+          "--root " + root_ + " --station 1 --report conformite", Rapport("quotas", "--month 2026-10")}) {
+        s = Executer(args);
+        EXPECT_EQ(s.code, 2) << args << "\n" << s.texte;
+        EXPECT_NE(s.texte.find("Usage:"), std::string::npos) << args;
+    }
+}
+
 }  // namespace
 }  // namespace zl3
