@@ -19,4 +19,10 @@ namespace zl3 {
 // included); `usage` is the program's help, shown after an argument error.
 int CommandeConformite(const OptionsLigne& options, const char* usage);
 
+// zl3-stats --report droits --half YYYY-S1|YYYY-S2 [--format table|csv|xls|xlsx|xml]
+// [--out FILE] [--overwrite]: the half-year's music-rights statement (ReleveDroits.h). The tracks
+// whose tags are missing are printed on the standard error and added to the incidents list.
+// Exit codes: 0 written; 3 written, with tracks whose tags are missing; 1, 2, 4 as above.
+int CommandeReleveDroits(const OptionsLigne& options, const char* usage);
+
 }  // namespace zl3

@@ -1,5 +1,7 @@
 #include "Conformite.h"
 
+#include "DiffusionsMusique.h"
+
 #include <algorithm>
 #include <map>
 #include <unordered_map>
@@ -16,19 +18,9 @@ namespace zl3 {
 namespace {
 
 const char* kOrigine = "Conformite:JugeConformite";
-constexpr int kFichierEvenements = 28;  // FRAD028, music events aired
 constexpr int64_t kSecondesJour = 86400;
 
-int64_t Instant(const DateTime& t) {
-    return DaysFromCivil(t.year, t.month, t.day) * kSecondesJour + t.hour * 3600 + t.minute * 60 +
-           t.second;
-}
-
-std::string TexteDate(int64_t instant) {
-    const int64_t j = instant >= 0 ? instant / kSecondesJour : (instant - kSecondesJour + 1) / kSecondesJour;
-    return FormatDDMMYYYY(CivilFromDays(j));
-}
-
+int64_t Instant(const DateTime& t) { return InstantDe(t); }
 // The same day and time `mois` months later, the day cut to the month's last.
 int64_t PlusMois(int64_t instant, int mois) {
     const int64_t j = instant >= 0 ? instant / kSecondesJour : (instant - kSecondesJour + 1) / kSecondesJour;
@@ -41,180 +33,6 @@ int64_t PlusMois(int64_t instant, int mois) {
     d.day = std::min(d.day, DaysInMonth(d.year, d.month));
     return DaysFromCivil(d.year, d.month, d.day) * kSecondesJour + reste;
 }
-
-struct MorceauMusique {
-    std::string cle;  // trimmed
-    std::string titre;
-    char quota = ' ';
-    int duree = 0;  // seconds, 0 unknown
-    // History: broadcasts written, read (capped), the oldest read.
-    int ecrits = 0;
-    int lus = 0;
-    int64_t plusAncienLu = 0;
-    // First broadcast found in the source used, and whether older broadcasts may be hidden.
-    std::optional<int64_t> premiere;
-    bool premiereIncertaine = false;
-};
-
-struct Diffusion {
-    int64_t instant = 0;
-    int morceau = 0;  // index in the track list
-};
-
-int Entier2(const std::string& s) {
-    if (s.size() != 2 || s[0] < '0' || s[0] > '9' || s[1] < '0' || s[1] > '9') return -1;
-    return (s[0] - '0') * 10 + (s[1] - '0');
-}
-
-// Statuses other than found / end of file are reported by the database layer and collected
-// afterwards, as the search does.
-class Lecture {
-  public:
-    explicit Lecture(const ParametresConformite& p) : p_(p) {}
-
-    bool Arret() {
-        if (Svc().events) Svc().events->DoEvents();
-        if (p_.arret && p_.arret()) arrete_ = true;
-        return arrete_;
-    }
-    bool Arrete() const { return arrete_; }
-
-    // FRAD022, the music categories.
-    std::vector<MorceauMusique> Morceaux() {
-        namespace m = rec::Morceau;
-        std::vector<MorceauMusique> liste;
-        std::string cle = "000" + std::string(5, '\0');
-        const std::string haute = "999" + std::string(5, '\xFF');
-        int16_t op = kBtrGetGreaterOrEqual;
-        for (int n = 1;; ++n) {
-            BTRieve(p_.source, op, cle, 0, kFichierMorceaux, p_.station, kOrigine);
-            op = kBtrGetNext;
-            if (StatutBTrieve != 0) {
-                if (StatutBTrieve != 9)
-                    ErreurBTrieve(p_.source, kFichierMorceaux, cle, kOrigine, p_.station);
-                break;
-            }
-            if (cle > haute) break;
-            const auto r = TamponEnreg(kFichierMorceaux);
-            MorceauMusique mm;
-            mm.cle = Trim(rec::GetBytes(r, m::CleMorceau));
-            mm.titre = Trim(rec::GetText(r, m::Titre));
-            mm.quota = static_cast<char>(r[m::QuotaFlag.offset]);
-            for (char c : rec::GetBytes(r, m::Duree)) {
-                if (c < '0' || c > '9') break;
-                mm.duree = mm.duree * 10 + (c - '0');
-            }
-            liste.push_back(std::move(mm));
-            if (n % 20 == 0) {
-                const auto tampon = TamponEnreg(kFichierMorceaux);
-                const std::vector<uint8_t> garde(tampon.begin(), tampon.end());
-                const bool stop = Arret();
-                std::copy(garde.begin(), garde.end(), tampon.begin());
-                if (stop) break;
-            }
-        }
-        return liste;
-    }
-
-    // FRAD047 of each track: every entry read, as the Quotas report reads them.
-    std::vector<Diffusion> Historiques(std::vector<MorceauMusique>& morceaux) {
-        std::vector<Diffusion> diffusions;
-        for (size_t i = 0; i < morceaux.size(); ++i) {
-            if ((i + 1) % 20 == 0 && Arret()) break;
-            MorceauMusique& mm = morceaux[i];
-            std::string cleH = rec::HistoryKey(mm.cle);
-            BTRieve(p_.source, kBtrGetEqual, cleH, 0, kFichierHistorique, p_.station, kOrigine);
-            if (StatutBTrieve == 4) continue;
-            if (StatutBTrieve != 0) {
-                ErreurBTrieve(p_.source, kFichierHistorique, cleH, kOrigine, p_.station);
-                continue;
-            }
-            const auto h = TamponEnreg(kFichierHistorique);
-            mm.ecrits = rec::GetInt16(h, rec::HistoriqueDiffusion::NbPassages);
-            mm.lus = rec::CappedPassageCount(h, mm.cle);
-            bool premier = true;
-            for (int e = 0; e < mm.lus; ++e) {
-                const auto quand = rec::PassageAt(h, e);
-                if (!quand) continue;
-                const int64_t t = Instant(*quand);
-                if (premier || t < mm.plusAncienLu) mm.plusAncienLu = t;
-                premier = false;
-                diffusions.push_back({t, static_cast<int>(i)});
-            }
-        }
-        return diffusions;
-    }
-
-    // FRAD028, whole file in time order: the broadcasts of music tracks.
-    std::vector<Diffusion> Evenements(const std::unordered_map<std::string, int>& index,
-                                      std::optional<int64_t>& premier) {
-        namespace ev = rec::EvenementMusical;
-        std::vector<Diffusion> diffusions;
-        std::string cle;
-        int16_t op = kBtrGetFirst;
-        for (long n = 1;; ++n) {
-            BTRieve(p_.source, op, cle, 0, kFichierEvenements, p_.station, kOrigine);
-            op = kBtrGetNext;
-            if (StatutBTrieve != 0) {
-                if (StatutBTrieve != 9)
-                    ErreurBTrieve(p_.source, kFichierEvenements, cle, kOrigine, p_.station);
-                break;
-            }
-            const auto r = TamponEnreg(kFichierEvenements);
-            const auto date = ParseYYYYMMDD(rec::GetBytes(r, ev::Date));
-            const int hh = Entier2(rec::GetBytes(r, ev::Heure));
-            const int mi = Entier2(rec::GetBytes(r, ev::Minute));
-            const int ss = Entier2(rec::GetBytes(r, ev::Seconde));
-            if (date && hh >= 0 && hh < 24 && mi >= 0 && mi < 60 && ss >= 0 && ss < 60) {
-                DateTime t = *date;
-                t.hour = hh;
-                t.minute = mi;
-                t.second = ss;
-                const int64_t instant = Instant(t);
-                if (!premier || instant < *premier) premier = instant;
-                const auto it = index.find(Trim(rec::GetBytes(r, ev::CleMorceau)));
-                if (it != index.end()) diffusions.push_back({instant, it->second});
-            }
-            if (n % 1000 == 0) {
-                const auto tampon = TamponEnreg(kFichierEvenements);
-                const std::vector<uint8_t> garde(tampon.begin(), tampon.end());
-                const bool stop = Arret();
-                std::copy(garde.begin(), garde.end(), tampon.begin());
-                if (stop) break;
-            }
-        }
-        return diffusions;
-    }
-
-  private:
-    const ParametresConformite& p_;
-    bool arrete_ = false;
-};
-
-// Opens, silently, what the judgement reads and is not open yet; closes it afterwards.
-class Fichiers {
-  public:
-    Fichiers(int source, int station) : source_(source), station_(station) {
-        const bool avant = ErreursSilencieuses;
-        ErreursSilencieuses = true;
-        for (int f : {static_cast<int>(kFichierMorceaux), static_cast<int>(kFichierHistorique),
-                      kFichierEvenements}) {
-            if (FichierOuvert(source, station, f)) continue;
-            FichierPervasiveOuvrir(source, station, station, f, -2);
-            if (FichierOuvert(source, station, f)) ouverts_.push_back(f);
-        }
-        ErreursSilencieuses = avant;
-    }
-    ~Fichiers() {
-        for (int f : ouverts_)
-            FichierPervasiveFermer(source_, station_, station_, f);
-    }
-    bool Ouvert(int f) const { return FichierOuvert(source_, station_, f); }
-
-  private:
-    int source_, station_;
-    std::vector<int> ouverts_;
-};
 
 bool PartAtteinte(long long nombre, long long base, int seuil) {
     return nombre * 100 >= static_cast<long long>(seuil) * base;
@@ -397,75 +215,17 @@ VerdictConformite JugeConformite(const ParametresConformite& p) {
 
     TraceProc(kOrigine);
     EffaceIncidentsBTrieve();
-    Fichiers fichiers(p.source, p.station);
-    if (!fichiers.Ouvert(kFichierMorceaux)) {
-        v.erreurs.push_back(CheminFichier(p.source, p.station, kFichierMorceaux).empty()
-                                ? "Fichier des morceaux illisible"
-                                : "Fichier des morceaux illisible: " +
-                                      CheminFichier(p.source, p.station, kFichierMorceaux));
+    DiffusionsMusique lu = LireDiffusionsMusique(p.source, p.station, debutMois, p.arret, kOrigine);
+    if (!lu.lisible) {
+        v.erreurs.push_back(lu.texteSource);
         return v;
     }
-    Lecture lecture(p);
-    std::vector<MorceauMusique> morceaux = lecture.Morceaux();
-    std::unordered_map<std::string, int> index;
-    for (size_t i = 0; i < morceaux.size(); ++i)
-        index.emplace(morceaux[i].cle, static_cast<int>(i));
-
-    std::vector<Diffusion> historiques;
-    if (fichiers.Ouvert(kFichierHistorique) && !lecture.Arrete())
-        historiques = lecture.Historiques(morceaux);
-    std::vector<Diffusion> evenements;
-    std::optional<int64_t> premierEvenement;
-    if (fichiers.Ouvert(kFichierEvenements) && !lecture.Arrete())
-        evenements = lecture.Evenements(index, premierEvenement);
-
-    for (const MorceauMusique& mm : morceaux)
-        if (mm.ecrits > mm.lus && mm.lus > 0 && mm.plusAncienLu > debutMois)
-            v.morceauxTronques.push_back(mm.cle + " " + mm.titre + " (" +
-                                         std::to_string(mm.ecrits) + " passages, " +
-                                         std::to_string(mm.lus) + " lus, depuis le " +
-                                         TexteDate(mm.plusAncienLu) + ")");
-
-    std::vector<Diffusion>* diffusions = &historiques;
-    if (premierEvenement && *premierEvenement < debutMois + kSecondesJour) {
-        v.source = SourceComptage::Evenements;
-        diffusions = &evenements;
-        v.texteSource = "Événements musicaux diffusés (FRAD028), complets depuis le " +
-                        TexteDate(*premierEvenement);
-        if (!v.morceauxTronques.empty())
-            v.texteSource += "; " + std::to_string(v.morceauxTronques.size()) +
-                             " morceau(x) à l'historique tronqué comptés exactement";
-    } else {
-        v.source = SourceComptage::Historique;
-        v.texteSource = "Historique des morceaux (FRAD047, 672 passages par morceau)";
-        if (!fichiers.Ouvert(kFichierEvenements))
-            v.texteSource += ": pas d'événements musicaux (FRAD028) pour cette station";
-        else if (premierEvenement)
-            v.texteSource += ": les événements musicaux (FRAD028) ne commencent que le " +
-                             TexteDate(*premierEvenement);
-        else
-            v.texteSource += ": aucun événement musical (FRAD028)";
-        if (!v.morceauxTronques.empty())
-            v.texteSource += "; " + std::to_string(v.morceauxTronques.size()) +
-                             " morceau(x) à l'historique tronqué: diffusions du mois possiblement "
-                             "manquantes";
-    }
-    std::sort(diffusions->begin(), diffusions->end(), [](const Diffusion& a, const Diffusion& b) {
-        return a.instant != b.instant ? a.instant < b.instant : a.morceau < b.morceau;
-    });
-
-    // First broadcast of each track in the source, and whether older ones may be hidden: the
-    // history of a capped track has dropped its oldest broadcasts.
-    int64_t debutDonnees = 0;
-    if (!diffusions->empty()) debutDonnees = diffusions->front().instant;
-    if (v.source == SourceComptage::Evenements && premierEvenement) debutDonnees = *premierEvenement;
-    for (const Diffusion& d : *diffusions) {
-        MorceauMusique& mm = morceaux[static_cast<size_t>(d.morceau)];
-        if (!mm.premiere) mm.premiere = d.instant;
-    }
-    if (v.source == SourceComptage::Historique)
-        for (MorceauMusique& mm : morceaux)
-            mm.premiereIncertaine = mm.ecrits > mm.lus;
+    std::vector<MorceauMusique>& morceaux = lu.morceaux;
+    const std::vector<DiffusionMusique>* diffusions = &lu.diffusions;
+    v.source = lu.source;
+    v.texteSource = lu.texteSource;
+    v.morceauxTronques = lu.morceauxTronques;
+    const int64_t debutDonnees = lu.debutDonnees;
 
     // Days of the month.
     const int nbJours = v.fin.day;
@@ -477,7 +237,7 @@ VerdictConformite JugeConformite(const ParametresConformite& p) {
     std::map<int, long long> francophonesParTitre;  // band plays that count, by track
     std::map<int, long long> passagesParTitre;
     for (size_t i = 0; i < diffusions->size(); ++i) {
-        const Diffusion& d = (*diffusions)[i];
+        const DiffusionMusique& d = (*diffusions)[i];
         if (d.instant < debutMois || d.instant >= limite) continue;
         const MorceauMusique& mm = morceaux[static_cast<size_t>(d.morceau)];
         const int64_t jour = (d.instant - debutMois) / kSecondesJour;
@@ -611,7 +371,7 @@ VerdictConformite JugeConformite(const ParametresConformite& p) {
 
     const auto& incidents = IncidentsBTrieve();
     v.erreurs.insert(v.erreurs.end(), incidents.begin(), incidents.end());
-    if (lecture.Arrete()) v.erreurs.push_back("Recherche interrompue");
+    if (lu.arretee) v.erreurs.push_back("Recherche interrompue");
     v.incomplete = !v.erreurs.empty();
     v.effectue = true;
     TraceLog("Conformite: " + CodeRegime(v.regime) + " " + FormatDDMMYYYY(v.debut) + ": " +

@@ -38,6 +38,7 @@
 #include <vector>
 
 #include "DateTime.h"
+#include "DiffusionsMusique.h"
 #include "Grid.h"
 
 namespace zl3 {
@@ -81,8 +82,6 @@ struct ReglesConformite {
     }};
     const SeuilsRegime& Seuils(Regime r) const { return regimes[static_cast<size_t>(r)]; }
 };
-
-enum class SourceComptage { Evenements, Historique };
 
 enum class Issue { Conforme, NonConforme, Indetermine };
 // "Conforme", "Non conforme", "Indéterminé".
