@@ -80,11 +80,10 @@ int CommandeConformite(const OptionsLigne& lues, const char* usage) {
     int annee = 0, mois = 0;
     if (!LireMois(*texteMois, annee, mois))
         return Erreur("mois incorrect pour --month: '" + *texteMois + "' (AAAA-MM)");
-    Regime regime = Regime::General;
+    std::optional<Regime> regime;  // the station's own when not given
     if (const auto r = options.Valeur("regime")) {
-        const auto lu = RegimeDeCode(*r);
-        if (!lu) return Erreur("régime inconnu: '" + *r + "' (40-20, 60-10, 35-25 ou 15)");
-        regime = *lu;
+        regime = RegimeDeCode(*r);
+        if (!regime) return Erreur("régime inconnu: '" + *r + "' (40-20, 60-10, 35-25 ou 15)");
     }
     const std::string format = options.Valeur("format").value_or("table");
     if (format != "table" && format != "csv" && format != "xls" && format != "xlsx" &&
@@ -146,7 +145,8 @@ int CommandeConformite(const OptionsLigne& lues, const char* usage) {
     p.mois = mois;
     p.station = st;
     p.source = session.Source();
-    p.regime = regime;
+    p.base = static_cast<int>(base);
+    p.regime = regime ? *regime : RegimeStation(p.base, st);
     const VerdictConformite v = JugeConformite(p);
     session.Fermer();
     TraceLogForce();

@@ -5,6 +5,7 @@
 //             [--regime 40-20|60-10|35-25|15] [--format table|csv|xls|xlsx|xml|pdf]
 //             [--out FILE] [--overwrite]
 //
+// Without --regime, the station's regime of the settings (RegimeStation), which the window keeps.
 // The verdict is printed on the standard output (unless CSV goes there); --out receives the
 // verdict's grid in the format asked (the PDF also holds the chart of the daily band shares).
 // Exit codes: 0 the month passes; 3 it fails or cannot be decided; 1 unreadable site or file

@@ -8,6 +8,8 @@
 
 #include "Lib_Data_Pervasive.h"
 #include "Lib_Data_Pervasive_2.h"
+#include "Lib_Config.h"
+#include "Lib_Profile.h"
 #include "Lib_Public.h"
 #include "Services.h"
 #include "records/Layouts.h"
@@ -163,6 +165,19 @@ std::string LibelleRegime(Regime regime) {
             return "Découverte: 15 %, 1 000 titres, 100 passages au plus par titre";
     }
     return "";
+}
+
+Regime RegimeStation(int base, int station) {
+    const std::string code =
+        ReadProfileString("Conformite", "Regime_" + PadNumber(base, 2) + "_" + PadNumber(station, 2),
+                          "", NomFichierSettings("", ".Ini"));
+    return RegimeDeCode(Trim(code)).value_or(Regime::General);
+}
+
+bool EnregistrerRegimeStation(int base, int station, Regime regime) {
+    return WriteProfileString("Conformite",
+                              "Regime_" + PadNumber(base, 2) + "_" + PadNumber(station, 2),
+                              CodeRegime(regime), NomFichierSettings("", ".Ini"));
 }
 
 const char* LibelleIssue(Issue issue) {

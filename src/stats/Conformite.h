@@ -50,8 +50,14 @@ inline constexpr std::array<Regime, 4> kRegimes = {Regime::General, Regime::Patr
 // "40-20", "60-10", "35-25", "15".
 std::string CodeRegime(Regime regime);
 std::optional<Regime> RegimeDeCode(const std::string& code);
-// "Général (40 % / 20 %)", …
+// "Général: 40 % dont 20 % …", …
 std::string LibelleRegime(Regime regime);
+
+// The regime of a station, kept in the tool's settings file (NomFichierSettings("", ".Ini")),
+// section "Conformite", key "Regime_" base "_" station (two digits each), value the regime's
+// code; "40-20" when the key is missing or holds another text.
+Regime RegimeStation(int base, int station);
+bool EnregistrerRegimeStation(int base, int station, Regime regime);
 
 // What the sub-quota of a regime counts, among the French-language plays.
 enum class SousQuota { Aucun, NouveauxTalentsOuProductions, NouvellesProductions, NouveauxTalents };
@@ -117,6 +123,7 @@ struct TitreDixTitres {
 struct ParametresConformite {
     int annee = 0;
     int mois = 0;     // 1..12
+    int base = 1;     // 1-based, for the station's regime setting
     int station = 1;  // 1-based
     int source = 0;   // caller slot; the track, history and events files are opened when not open
     Regime regime = Regime::General;

@@ -8,6 +8,7 @@
 #include <QTabBar>
 #include <QTableWidget>
 
+#include <cstdio>
 #include <filesystem>
 
 #include "BaseDemo.h"
@@ -79,6 +80,28 @@ TEST_F(VueConformiteTest, TheMonthOnOneScreenAndPrintedWithItsChart) {
     box.Script(kIdNo);
     v->findChild<QPushButton*>("CommandPdfConformite")->click();
     EXPECT_EQ(std::filesystem::file_size(pdf), 10u);
+
+    // The regime the user picks becomes the station's, for the window and for zl3-stats.
+    auto* regime = v->findChild<QComboBox*>("ComboRegime");
+    const int i = regime->findData(QStringLiteral("60-10"));
+    regime->setCurrentIndex(i);
+    emit regime->activated(i);
+    v->findChild<QPushButton*>("CommandJuger")->click();
+    EXPECT_EQ(v->Verdict()->regime, Regime::Patrimoine);
+    regime->setCurrentIndex(0);  // not the user's choice: the station's regime is taken again
+    v->findChild<QPushButton*>("CommandJuger")->click();
+    EXPECT_EQ(v->Verdict()->regime, Regime::Patrimoine);
+    FILE* f = popen((std::string(ZL3_STATS_EXE) + " --root " + Root() +
+                     " --station 1 --report conformite --month 2026-10 2>&1")
+                        .c_str(),
+                    "r");
+    ASSERT_TRUE(f);
+    std::string sortie;
+    char buf[512];
+    while (fgets(buf, sizeof buf, f))
+        sortie += buf;
+    pclose(f);
+    EXPECT_NE(sortie.find("régime 60-10"), std::string::npos) << sortie;
 }
 
 }  // namespace

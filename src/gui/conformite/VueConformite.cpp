@@ -144,6 +144,7 @@ VueConformite::VueConformite(QWidget* parent) : QWidget(parent) {
     page->addLayout(bas, 1);
 
     connect(juger_, &QPushButton::clicked, this, [this] { Juger(); });
+    connect(regime_, &QComboBox::activated, this, [this] { regimeChoisi_ = true; });
     connect(pdf_, &QPushButton::clicked, this, [this] { ImprimerPdf(); });
     const DateTime maintenant = Svc().clock ? Svc().clock->Now() : SystemClock().Now();
     RemplirMois(maintenant);
@@ -182,7 +183,11 @@ void VueConformite::Juger() {
     const QString code = mois_->currentData().toString();
     p.annee = code.left(4).toInt();
     p.mois = code.mid(5, 2).toInt();
+    // The station's own regime, unless the user has just chosen one; what is judged is kept.
+    if (!regimeChoisi_) ChoisirRegime(RegimeStation(p.base, p.station));
     if (const auto r = RegimeDeCode(regime_->currentData().toString().toStdString())) p.regime = *r;
+    regimeChoisi_ = false;
+    EnregistrerRegimeStation(p.base, p.station, p.regime);
     juger_->setEnabled(false);
     if (Svc().events) Svc().events->SetBusy(true);
     VerdictConformite v = JugeConformite(p);

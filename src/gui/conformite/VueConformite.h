@@ -2,7 +2,8 @@
 // regime, the button "Juger", and on one screen the verdict, its criteria with their margins, the
 // titles the ten-title rule cut, the French-language plays a month in progress still needs, the
 // source of the counts, and the chart of the daily band shares against the threshold with the
-// month's running share (Qt Charts). "PDF..." prints the verdict with the same chart.
+// month's running share (Qt Charts). "PDF..." prints the verdict with the same chart. The regime
+// offered is the station's own (RegimeStation); the regime judged becomes the station's.
 #pragma once
 
 #include <QWidget>
@@ -59,6 +60,7 @@ class VueConformite : public QWidget {
     QTableWidget* dixTitres_ = nullptr;
     QChartView* graphique_ = nullptr;
     std::optional<VerdictConformite> verdict_;
+    bool regimeChoisi_ = false;  // the user picked a regime since the last judgement
 };
 
 }  // namespace zl3::gui

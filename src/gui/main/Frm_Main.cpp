@@ -458,6 +458,7 @@ void Frm_Main::ConstruireControles() {
         }
         const int nbStations = Config().bases[static_cast<size_t>(base - 1)].nbStation;
         if (!session_.Ouverte() || session_.Base() != base) session_.Ouvrir(base, 1, nbStations);
+        p.base = base;
         p.station = station;
         p.source = session_.Source();
         return true;
