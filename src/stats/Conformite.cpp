@@ -1,20 +1,14 @@
 #include "Conformite.h"
 
-#include "DiffusionsMusique.h"
-
 #include <algorithm>
 #include <map>
-#include <unordered_map>
 
-#include "Lib_Data_Pervasive.h"
-#include "Lib_Data_Pervasive_2.h"
+#include "DiffusionsMusique.h"
 #include "Lib_Config.h"
+#include "Lib_Data_Pervasive_2.h"
 #include "Lib_Profile.h"
 #include "Lib_Public.h"
 #include "Services.h"
-#include "records/Layouts.h"
-#include "records/Passages.h"
-#include "records/RecordAccess.h"
 
 namespace zl3 {
 namespace {

@@ -13,6 +13,7 @@
 
 #include "BaseDemo.h"
 #include "DemoSite.h"
+#include "Etat.h"
 #include "Frm_Main.h"
 #include "Lib_Profile.h"
 #include "Lib_Settings.h"
@@ -58,7 +59,14 @@ TEST_F(VueConformiteTest, TheMonthOnOneScreenAndPrintedWithItsChart) {
     // Last month (October, the clock being in November) is offered first.
     auto* mois = v->findChild<QComboBox*>("ComboMoisConformite");
     EXPECT_EQ(mois->currentData().toString(), QStringLiteral("2026-10"));
+    bool bloque = false;  // while it yields, no other search may start
+    events.onEvents = [&] {
+        bloque = bloque || Etat().rechercheEnCours;
+        QCoreApplication::processEvents();
+    };
     v->findChild<QPushButton*>("CommandJuger")->click();
+    EXPECT_TRUE(bloque);
+    EXPECT_FALSE(Etat().rechercheEnCours);
     ASSERT_TRUE(v->Verdict());
     const VerdictConformite& verdict = *v->Verdict();
     EXPECT_TRUE(v->findChild<QLabel*>("LabelVerdict")

@@ -14,6 +14,7 @@
 #include <QValueAxis>
 #include <QVBoxLayout>
 
+#include "Etat.h"
 #include "FichierPdf.h"
 #include "ImpressionConformite.h"
 #include "Lib_Messages.h"
@@ -188,11 +189,16 @@ void VueConformite::Juger() {
     if (const auto r = RegimeDeCode(regime_->currentData().toString().toStdString())) p.regime = *r;
     regimeChoisi_ = false;
     EnregistrerRegimeStation(p.base, p.station, p.regime);
+    // The judgement yields like a search: meanwhile no other search starts and the exit is
+    // refused, so that nothing else moves the positions in the files it walks.
+    const bool rechercheAvant = Etat().rechercheEnCours;
+    Etat().rechercheEnCours = true;
     juger_->setEnabled(false);
     if (Svc().events) Svc().events->SetBusy(true);
     VerdictConformite v = JugeConformite(p);
     if (Svc().events) Svc().events->SetBusy(false);
     juger_->setEnabled(true);
+    Etat().rechercheEnCours = rechercheAvant;
     if (!v.effectue) {
         std::string texte = "Le mois ne peut être jugé.";
         for (const std::string& e : v.erreurs)
