@@ -8,6 +8,7 @@ PACKAGES=(
     build-essential cmake ninja-build pkg-config
     # libraries
     qt6-base-dev qt6-charts-dev libsqlite3-dev libcurl4-openssl-dev libxlsxwriter-dev
+    libqt6opengl6-dev # Qt Charts' CMake package needs Qt's OpenGL module (the compliance chart)
     # tests
     libgtest-dev libgmock-dev
     ffmpeg            # writes the real WMA files the tag reader is tested on

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "BaseDemo.h"
+#include "FichiersWma.h"
 #include "DemoSite.h"
 #include "Ecriture.h"
 #include "Lib_Systeme.h"
@@ -102,6 +103,7 @@ int main(int argc, char** argv) {
     for (int b = 1; b <= options.bases; ++b) {
         base.base = b;
         const std::string dossier = zl3::sys::NativePath(zl3::DossierDataDemo(b));
+        base.dossierSonsMusique = zl3::sys::NativePath(zl3::demo::DossierSonsMusiqueDemo(b));
         try {
             AfficherBilan(zl3::demo::RemplirBaseDemo(base, dossier), dossier, options.annees > 0);
         } catch (const zl3::demo::ErreurDemo& e) {

@@ -42,6 +42,7 @@ constexpr Libelle kLibelles[] = {
     {GenreIncident::ClientInconnu, "Client inconnu"},
     {GenreIncident::SpotNonDiffuse, "Spot non diffusé"},
     {GenreIncident::DiffusionHorsConducteur, "Diffusion hors conducteur"},
+    {GenreIncident::TagsManquants, "Tags manquants"},
 };
 
 // Statuses are collected, never shown, while the check runs; the flag is put back afterwards.

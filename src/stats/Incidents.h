@@ -40,6 +40,7 @@ enum class GenreIncident {
     ClientInconnu,         // advertising broadcast without a known client
     SpotNonDiffuse,        // planned in the running order, not in the log
     DiffusionHorsConducteur,  // in the log, not planned in the running order
+    TagsManquants,         // music-rights statement: a track's WMA file or tags missing
 };
 // The kind's label in the tab and in the file ("Quota inconnu", …).
 const char* LibelleGenre(GenreIncident genre);

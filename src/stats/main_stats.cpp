@@ -5,6 +5,7 @@
 #include <string>
 
 #include "CibleSortie.h"
+#include "CommandeConformite.h"
 #include "Demarrage.h"
 #include "FichierPdf.h"
 #include "GrilleTexte.h"
@@ -29,12 +30,22 @@ const char* kUsage =
     "  zl3-stats --root DIR [--base N] --station N --report quotas|top|sacem|pub|incidents\n"
     "            --from YYYY-MM-DD --to YYYY-MM-DD [--format table|csv|xls|xlsx|xml|pdf]\n"
     "            [--out FILE] [--overwrite] [--versions]\n"
+    "  zl3-stats --root DIR [--base N] --station N --report conformite --month YYYY-MM\n"
+    "            [--regime 40-20|60-10|35-25|15] [--format F] [--out FILE] [--overwrite]\n"
+    "  zl3-stats --root DIR [--base N] --station N --report droits --half YYYY-S1|YYYY-S2\n"
+    "            [--format table|csv|xls|xlsx|xml] [--out FILE] [--overwrite]\n"
     "  --root DIR     dossier racine de l'installation (le poste Windows de la station)\n"
     "  --summary      initialise l'outil (configuration, journal) et affiche ce qu'il a trouvé\n"
     "  --base N       base (radio) à lire, 1 par défaut\n"
     "  --station N    station de la base (1 à 10)\n"
     "  --report R     quotas, top (Top Diffusion), sacem (relevé SACEM), pub (publicité),\n"
-    "                 incidents (ce qui rend un rapport douteux: table ou csv seulement)\n"
+    "                 incidents (ce qui rend un rapport douteux: table ou csv seulement),\n"
+    "                 conformite (le mois jugé selon les règles des quotas: code 0 conforme,\n"
+    "                 3 non conforme ou indéterminé), droits (relevé des droits musicaux\n"
+    "                 d'un semestre: code 3 quand des morceaux n'ont pas leurs tags)\n"
+    "  --half S       semestre du relevé droits, AAAA-S1 (janvier-juin) ou AAAA-S2\n"
+    "  --month M      mois jugé (conformite), AAAA-MM\n"
+    "  --regime R     régime de la station (conformite): 40-20 (défaut), 60-10, 35-25 ou 15\n"
     "  --from/--to    période, dates incluses\n"
     "  --format F     table (défaut, pour un terminal), csv, xls (Excel 97-2003), xlsx (Excel),\n"
     "                 xml ou pdf (la page imprimée du rapport)\n"
@@ -45,7 +56,7 @@ const char* kUsage =
     "  --versions     regroupe les versions d'une même chanson (Top Diffusion, SACEM)\n"
     "Codes de sortie: 0 succès; 1 site illisible, fichier existant gardé ou erreur d'écriture;\n"
     "2 arguments incorrects (dont un --out vide, un dossier ou un fichier de la base);\n"
-    "3 incidents trouvés (--report incidents);\n"
+    "3 incidents trouvés (--report incidents), mois non conforme (--report conformite);\n"
     "4 rapport incomplet (erreur de lecture de la base: le résultat écrit est partiel).\n";
 
 // Messages of the export step on the console; its overwrite question is answered by
@@ -72,7 +83,7 @@ int Usage(const std::string& message) {
 
 int main(int argc, char** argv) {
     using namespace zl3;
-    OptionsLigne options({"root", "base", "station", "report", "from", "to", "format", "out"},
+    OptionsLigne options({"root", "base", "station", "report", "from", "to", "format", "out", "month", "regime", "half"},
                          {"summary", "help", "versions", "overwrite"});
     if (!options.Analyse(argc, argv)) return Usage(options.Erreur());
     if (!options.Arguments().empty()) return Usage("argument inattendu: " + options.Arguments()[0]);
@@ -80,6 +91,13 @@ int main(int argc, char** argv) {
         std::fputs(kUsage, stdout);
         return 0;
     }
+    if (options.Valeur("report") == "conformite" && !options.A("summary"))
+        return CommandeConformite(options, kUsage);
+    if (options.Valeur("report") == "droits" && !options.A("summary"))
+        return CommandeReleveDroits(options, kUsage);
+    if (options.Valeur("month") || options.Valeur("regime"))
+        return Usage("--month et --regime ne s'appliquent qu'au rapport conformite");
+    if (options.Valeur("half")) return Usage("--half ne s'applique qu'au relevé droits");
     const auto root = options.Valeur("root");
     if (!root || root->empty()) return Usage("l'option --root est obligatoire");
 
@@ -107,7 +125,8 @@ int main(int argc, char** argv) {
         else if (*r == "incidents")
             incidents = true;
         else
-            return Usage("rapport inconnu: '" + *r + "' (quotas, top, sacem, pub ou incidents)");
+            return Usage("rapport inconnu: '" + *r +
+                         "' (quotas, top, sacem, pub, incidents, conformite ou droits)");
         if (incidents && format != "table" && format != "csv")
             return Usage("le rapport incidents s'écrit en table ou en csv");
         if (station == 0) return Usage("l'option --station est obligatoire");

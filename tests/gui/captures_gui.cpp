@@ -8,6 +8,7 @@
 #include <QMenuBar>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
+#include <QTabBar>
 #include <QTabWidget>
 
 #include <cstdio>
@@ -100,6 +101,11 @@ int main(int argc, char** argv) {
         Capturer(*f, out + "frm_stats_passages.png");
         f->close();
     }
+    // The compliance view of last month.
+    w.OngletsMain()->setCurrentIndex(0);
+    if (auto* musique = w.findChild<QTabBar*>("SftTabsMusique")) musique->setCurrentIndex(3);
+    if (auto* juger = w.findChild<QPushButton*>("CommandJuger")) juger->click();
+    Capturer(w, out + "frm_main_conformite.png");
     w.OngletsMain()->setCurrentIndex(2);
     if (auto* verifier = w.findChild<QPushButton*>("CommandVerifier")) verifier->click();
     Capturer(w, out + "frm_main_incidents.png");

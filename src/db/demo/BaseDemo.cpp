@@ -5,6 +5,7 @@
 #include "Bibliotheque.h"
 #include "Diffusion.h"
 #include "Ecriture.h"
+#include "FichiersWma.h"
 #include "Hasard.h"
 #include "Publicite.h"
 #include "records/Layouts.h"
@@ -380,6 +381,10 @@ BilanBase RemplirBaseDemo(const OptionsBaseDemo& options, const std::string& dos
         bilan.stations.push_back(bs);
     }
     bilan.enregistrements = ecrivain.Comptes();
+    if (!options.dossierSonsMusique.empty())
+        bilan.fichiersWma = EcrireFichiersWmaDemo(bibliotheque, options.dossierSonsMusique,
+                                                  Graine(options.graine, {base, kFluxSonsWma}))
+                                .fichiers;
     return bilan;
 }
 

@@ -23,6 +23,9 @@ struct OptionsBaseDemo {
     int annees = 0;
     DateTime fin;         // last day of the history
     uint64_t graine = 1;  // same seed and options: the same records, byte for byte
+    // Native music sound folder that receives the tag-only WMA files of part of the tracks
+    // (FichiersWma.h); empty: none.
+    std::string dossierSonsMusique;
 };
 
 struct BilanStation {
@@ -46,6 +49,7 @@ struct BilanBase {
     int base = 1;
     std::vector<BilanStation> stations;
     std::map<std::string, int64_t> enregistrements;  // records per file name
+    int64_t fichiersWma = 0;  // sound files written, of which some lack a tag
 };
 
 // First day of the history: `fin` minus `jours` − 1 days.

@@ -40,6 +40,8 @@
 #include "Lib_Public.h"
 #include "Lib_Settings.h"
 #include "Lib_Systeme.h"
+#include "VueConformite.h"
+#include "FrmExport.h"
 #include "LigneCommande.h"
 #include "ModeleGrille.h"
 #include "OngletIncidents.h"
@@ -440,11 +442,32 @@ void Frm_Main::ConstruireControles() {
     sftTabsMusique_ = new QTabBar;
     sftTabsMusique_->setObjectName("SftTabsMusique");
     sftTabsMusique_->setExpanding(false);
-    for (const char* t : {"Quotas", "Top Diffusion", "SACEM"})
+    for (const char* t : {"Quotas", "Top Diffusion", "SACEM", "Conformité"})
         sftTabsMusique_->addTab(QString::fromUtf8(t));
     pileMusique_ = new QStackedWidget;
     for (int i = 0; i < 3; ++i)
         pileMusique_->addWidget(vues_[i]);
+    // The compliance view: the chosen station, under the main window's slot.
+    conformite_ = new VueConformite;
+    conformite_->parametres = [this](ParametresConformite& p) {
+        if (Etat().rechercheEnCours || recherche_->EnCours()) return false;
+        const auto [base, station] = StationChoisie();
+        if (base < 1 || station < 1) {
+            AffMsg("Veuillez choisir une station.", kTitreApplication, kMbOk | kMbExclamation);
+            return false;
+        }
+        const int nbStations = Config().bases[static_cast<size_t>(base - 1)].nbStation;
+        if (!session_.Ouverte() || session_.Base() != base) session_.Ouvrir(base, 1, nbStations);
+        p.base = base;
+        p.station = station;
+        p.source = session_.Source();
+        return true;
+    };
+    conformite_->dialoguePdf = [this](const std::string& nom) {
+        const std::string dossier = DossierNatif(InitSettingsExport().dossierExport);
+        return DialogueEnregistrerQt(this)(dossier, nom, "Fichiers pdf|*.pdf");
+    };
+    pileMusique_->addWidget(conformite_);
     lm->addWidget(sftTabsMusique_);
     lm->addWidget(pileMusique_, 1);
     auto* pagePub = new QWidget;

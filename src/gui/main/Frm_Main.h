@@ -45,6 +45,7 @@ class FrmDebugEcran;
 class FrmSysTray;
 class ModeleGrille;
 class OngletIncidents;
+class VueConformite;
 class FrmListeRechercheMulti;
 class FrmDetailDonnees;
 class ServeurInstance;
@@ -109,6 +110,8 @@ class Frm_Main : public QMainWindow {
     SocketUDP* Sockets() const { return sockets_; }
     RechercheStats& Recherche() { return *recherche_; }
     OngletIncidents* Incidents() const { return incidents_; }
+    // The "Conformité" sub-tab of "Musique".
+    VueConformite* Conformite() const { return conformite_; }
     // The track search window (created on first use) and the broadcasts behind row `row` of the
     // advertising grid, over the period and station of the last advertising search.
     FrmListeRechercheMulti* RechercheMulti();
@@ -183,6 +186,7 @@ class Frm_Main : public QMainWindow {
     SocketUDP* sockets_ = nullptr;
     ServeurInstance* serveurInstance_ = nullptr;
     OngletIncidents* incidents_ = nullptr;
+    VueConformite* conformite_ = nullptr;
     FrmListeRechercheMulti* rechercheMulti_ = nullptr;
     std::optional<ParametresRecherche> dernierePublicite_;
 };
