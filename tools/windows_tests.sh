@@ -31,6 +31,20 @@ if [ ! -f "$WINEPREFIX/system.reg" ]; then
     wineboot --init >/dev/null 2>&1
     wineserver --wait
 fi
+# Inputs that only Linux programs can make (the WMA files of ffmpeg and python3-mutagen) are
+# prepared by the Linux build of the same tests (tools/run_tests.sh builds it first).
+LINUX_BUILD="${LINUX_BUILD_DIR:-build}"
+PREPARES="$PWD/$BUILD_DIR/wma-prepares"
+rm -rf "$PREPARES"
+if [ ! -x "$LINUX_BUILD/tests/media/test_wmatag" ]; then
+    echo "the Linux build ($LINUX_BUILD) is needed first: tools/run_tests.sh" >&2
+    exit 1
+fi
+ZL3_WMA_PREPARES="$PREPARES" "$LINUX_BUILD/tests/media/test_wmatag" \
+    --gtest_filter='WmaTagFichiers.*' >/dev/null
+ZL3_WMA_PREPARES="$(winepath -w "$PREPARES")"
+export ZL3_WMA_PREPARES
+
 status=0
 ctest --test-dir "$BUILD_DIR" --output-on-failure -j1 || status=$?
 
@@ -49,9 +63,11 @@ else
     # Without Wine's 32-bit half the program cannot run: what can be checked without running it
     # is checked on the DLL itself (its export and its return sequence), and the skip is said.
     dll="$BUILD32/tests/db/engine/WBTRV32.DLL"
-    if i686-w64-mingw32-objdump -p "$dll" | grep -qE '^\s+\[\s*[0-9]+\] BTRCALL$' &&
-       i686-w64-mingw32-objdump -d "$dll" | awk '/<BTRCALL@28>:|<_BTRCALL@28>:|<BTRCALL>:/,/^$/' |
-           grep -q 'ret  *\$0x1c'; then
+    exports="$(i686-w64-mingw32-objdump -p "$dll")"
+    code="$(i686-w64-mingw32-objdump -d "$dll" |
+            awk '/<BTRCALL@28>:|<_BTRCALL@28>:|<BTRCALL>:/,/^$/')"
+    if grep -qE '^\s+\[\s*[0-9]+\] BTRCALL$' <<<"$exports" &&
+       grep -q 'ret  *\$0x1c' <<<"$code"; then
         echo "test_wbtrv32 SKIPPED: wine32:i386 is not installed (the i386 packages could not be"
         echo "  installed from the mirror); WBTRV32.DLL checked statically: exports BTRCALL, returns"
         echo "  with ret 0x1c (__stdcall)."
