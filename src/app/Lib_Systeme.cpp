@@ -31,16 +31,21 @@ std::string& RootOverride() {
     static bool initialised = false;
     if (!initialised) {
         initialised = true;
+#ifdef _WIN32
+        if (const wchar_t* env = _wgetenv(L"ZELVAR_ROOT"); env && *env)
+            root = TexteChemin(fs::path(env));
+#else
         if (const char* env = std::getenv("ZELVAR_ROOT"); env && *env) root = env;
+#endif
     }
     return root;
 }
 
 std::string ExecutableFolder() {
 #ifdef _WIN32
-    char buf[MAX_PATH];
-    const DWORD n = GetModuleFileNameA(nullptr, buf, MAX_PATH);
-    return WithTrailingSep(fs::path(std::string(buf, n)).parent_path().string());
+    wchar_t buf[MAX_PATH];
+    const DWORD n = GetModuleFileNameW(nullptr, buf, MAX_PATH);
+    return WithTrailingSep(TexteChemin(fs::path(std::wstring(buf, n)).parent_path()));
 #else
     std::error_code ec;
     const fs::path exe = fs::read_symlink("/proc/self/exe", ec);
@@ -54,7 +59,65 @@ std::string HomeRoot() {
     return WithTrailingSep(std::string(home && *home ? home : "/tmp") + "/.zelvar");
 }
 
+// A suite path mapped under `root` (native, with its trailing separator): drive letter and
+// "UNC" folders, separators made native, doubled separators collapsed.
+std::string MapUnderRoot(const std::string& suitePath, const std::string& root) {
+    const char sep = Sep();
+    std::string rest;
+    std::string mapped;
+    if (suitePath.size() >= 2 && std::isalpha(static_cast<unsigned char>(suitePath[0])) &&
+        suitePath[1] == ':') {
+        mapped = root + static_cast<char>(std::toupper(static_cast<unsigned char>(suitePath[0])));
+        rest = suitePath.substr(2);
+    } else if (suitePath.rfind("\\\\", 0) == 0) {
+        mapped = root + "UNC";
+        rest = suitePath.substr(1);  // keeps one leading separator before the server name
+    } else {
+        mapped.clear();
+        rest = suitePath;
+    }
+    for (char& c : rest)
+        if (c == '\\' || c == '/') c = sep;
+    if (!mapped.empty() && !rest.empty() && rest.front() != sep) rest.insert(0, 1, sep);
+    std::string out = mapped + rest;
+    // Collapse doubled separators made by joining.
+    std::string clean;
+    for (size_t i = 0; i < out.size(); ++i) {
+        if (out[i] == sep && !clean.empty() && clean.back() == sep) continue;
+        clean += out[i];
+    }
+    return clean;
+}
+
+// The inverse of MapUnderRoot; `nativePath` unchanged when it is not under `root`.
+std::string UnmapFromRoot(const std::string& nativePath, const std::string& root) {
+    const char sep = Sep();
+    if (nativePath.rfind(root, 0) != 0) return nativePath;
+    std::string rest = nativePath.substr(root.size());
+    std::string out;
+    if (rest.rfind(std::string("UNC") + sep, 0) == 0) {
+        out = "\\" + rest.substr(4);
+    } else if (rest.size() >= 1 && std::isupper(static_cast<unsigned char>(rest[0])) &&
+               (rest.size() == 1 || rest[1] == sep)) {
+        out = std::string(1, rest[0]) + ":" + (rest.size() == 1 ? "\\" : rest.substr(1));
+    } else {
+        return nativePath;
+    }
+    for (char& c : out)
+        if (c == '/') c = '\\';
+    return out;
+}
+
 }  // namespace
+
+fs::path CheminFs(const std::string& utf8) {
+    return fs::path(std::u8string(reinterpret_cast<const char8_t*>(utf8.data()), utf8.size()));
+}
+
+std::string TexteChemin(const fs::path& path) {
+    const std::u8string u = path.u8string();
+    return std::string(reinterpret_cast<const char*>(u.data()), u.size());
+}
 
 char Sep() {
 #ifdef _WIN32
@@ -74,78 +137,56 @@ std::string WithTrailingSep(const std::string& folder) {
 }
 
 std::string ZelvarRoot() {
-#ifdef _WIN32
-    return "";
-#else
+    // On Windows too: the tests and the demo give every run a machine of its own.
     const std::string& r = RootOverride();
     return r.empty() ? "" : WithTrailingSep(r);
-#endif
 }
 
 void SetZelvarRoot(const std::string& root) {
     RootOverride();  // read the environment first so that an explicit value wins
-    RootOverride() = root.empty() ? root : fs::absolute(root).lexically_normal().string();
+    RootOverride() =
+        root.empty() ? root : TexteChemin(fs::absolute(CheminFs(root)).lexically_normal());
 }
 
 std::string NativePath(const std::string& suitePath) {
-#ifdef _WIN32
-    return suitePath;
-#else
     if (suitePath.empty()) return suitePath;
     std::string root = ZelvarRoot();
+#ifdef _WIN32
+    if (root.empty()) {
+        std::string out = suitePath;
+        for (char& c : out)
+            if (c == '/') c = '\\';
+        return out;
+    }
+    // A drive path already under the root is native: mapped once only.
+    std::string debut = suitePath.substr(0, root.size());
+    for (char& c : debut)
+        if (c == '/') c = '\\';
+    if (debut.size() == root.size() && _stricmp(debut.c_str(), root.c_str()) == 0) {
+        std::string out = suitePath;
+        for (char& c : out)
+            if (c == '/') c = '\\';
+        return out;
+    }
+#else
     if (root.empty()) root = HomeRoot();
-    std::string rest;
-    std::string mapped;
-    if (suitePath.size() >= 2 && std::isalpha(static_cast<unsigned char>(suitePath[0])) &&
-        suitePath[1] == ':') {
-        mapped = root + static_cast<char>(std::toupper(static_cast<unsigned char>(suitePath[0])));
-        rest = suitePath.substr(2);
-    } else if (suitePath.rfind("\\\\", 0) == 0) {
-        mapped = root + "UNC";
-        rest = suitePath.substr(1);  // keeps one leading separator before the server name
-    } else {
-        mapped.clear();
-        rest = suitePath;
-    }
-    for (char& c : rest)
-        if (c == '\\') c = '/';
-    if (!mapped.empty() && !rest.empty() && rest.front() != '/') rest.insert(0, 1, '/');
-    std::string out = mapped + rest;
-    // Collapse doubled separators made by joining (not a leading "//" of a native path).
-    std::string clean;
-    for (size_t i = 0; i < out.size(); ++i) {
-        if (out[i] == '/' && !clean.empty() && clean.back() == '/') continue;
-        clean += out[i];
-    }
-    return clean;
 #endif
+    return MapUnderRoot(suitePath, root);
 }
 
 std::string SuitePath(const std::string& nativePath) {
-#ifdef _WIN32
-    return nativePath;
-#else
     std::string root = ZelvarRoot();
+#ifdef _WIN32
+    if (root.empty()) return nativePath;
+#else
     if (root.empty()) root = HomeRoot();
-    if (nativePath.rfind(root, 0) != 0) return nativePath;
-    std::string rest = nativePath.substr(root.size());
-    std::string out;
-    if (rest.rfind("UNC/", 0) == 0) {
-        out = "\\" + rest.substr(4);
-    } else if (rest.size() >= 1 && std::isupper(static_cast<unsigned char>(rest[0])) &&
-               (rest.size() == 1 || rest[1] == '/')) {
-        out = std::string(1, rest[0]) + ":" + (rest.size() == 1 ? "\\" : rest.substr(1));
-    } else {
-        return nativePath;
-    }
-    for (char& c : out)
-        if (c == '/') c = '\\';
-    return out;
 #endif
+    return UnmapFromRoot(nativePath, root);
 }
 
 std::string DossierWindows() {
 #ifdef _WIN32
+    if (!ZelvarRoot().empty()) return NativePath("C:\\Windows\\");
     char buf[MAX_PATH];
     const UINT n = GetWindowsDirectoryA(buf, MAX_PATH);
     return WithTrailingSep(std::string(buf, n));
@@ -160,6 +201,7 @@ std::string FichierWinIni() {
 
 std::string DossierSysteme() {
 #ifdef _WIN32
+    if (!ZelvarRoot().empty()) return NativePath("C:\\Windows\\System32\\");
     char buf[MAX_PATH];
     const UINT n = GetSystemDirectoryA(buf, MAX_PATH);
     return WithTrailingSep(std::string(buf, n));
@@ -169,9 +211,7 @@ std::string DossierSysteme() {
 }
 
 std::string DossierApplication() {
-#ifndef _WIN32
     if (!ZelvarRoot().empty()) return NativePath("C:\\Quorvane\\Zelvar\\");
-#endif
     return ExecutableFolder();
 }
 
@@ -185,6 +225,8 @@ std::string FichierTheme() {
 
 std::string ThemeActive() {
 #ifdef _WIN32
+    if (!ZelvarRoot().empty())
+        return ReadProfileString("ThemeManager", "ThemeActive", "1", FichierTheme());
     HKEY key;
     std::string value = "1";
     if (RegOpenKeyExA(HKEY_CURRENT_USER,
@@ -202,6 +244,14 @@ std::string ThemeActive() {
     return value;
 #else
     return ReadProfileString("ThemeManager", "ThemeActive", "1", FichierTheme());
+#endif
+}
+
+bool HeureLocale(std::time_t t, std::tm& out) {
+#ifdef _WIN32
+    return localtime_s(&out, &t) == 0;
+#else
+    return localtime_r(&t, &out) != nullptr;
 #endif
 }
 
@@ -250,32 +300,32 @@ int64_t SystemTickCount() {
 
 bool FileExists(const std::string& path) {
     std::error_code ec;
-    return !path.empty() && fs::is_regular_file(path, ec);
+    return !path.empty() && fs::is_regular_file(CheminFs(path), ec);
 }
 
 bool FolderExists(const std::string& path) {
     std::error_code ec;
-    return !path.empty() && fs::is_directory(path, ec);
+    return !path.empty() && fs::is_directory(CheminFs(path), ec);
 }
 
 bool CheckRep(const std::string& folder) {
     if (folder.empty()) return false;
     std::error_code ec;
-    fs::create_directories(folder, ec);
-    return fs::is_directory(folder, ec);
+    fs::create_directories(CheminFs(folder), ec);
+    return fs::is_directory(CheminFs(folder), ec);
 }
 
 bool File_Delete(const std::string& path) {
     std::error_code ec;
-    return fs::remove(path, ec) && !ec;
+    return fs::remove(CheminFs(path), ec) && !ec;
 }
 
 bool FichierPrive(const std::string& path) {
     if (path.empty()) return false;
     std::error_code ec;
-    if (!fs::exists(path, ec)) {
+    if (!fs::exists(CheminFs(path), ec)) {
 #ifdef _WIN32
-        std::ofstream f(path, std::ios::binary | std::ios::app);
+        std::ofstream f(CheminFs(path), std::ios::binary | std::ios::app);
         return static_cast<bool>(f);
 #else
         const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
@@ -284,7 +334,7 @@ bool FichierPrive(const std::string& path) {
 #endif
     }
 #ifdef _WIN32
-    return fs::is_regular_file(path, ec);
+    return fs::is_regular_file(CheminFs(path), ec);
 #else
     if (!fs::is_regular_file(path, ec)) return false;
     fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write, fs::perm_options::replace,
@@ -336,6 +386,7 @@ bool TerminerImage(const std::string& nomImage) {
 
 std::string DossierTempMachine() {
 #ifdef _WIN32
+    if (!ZelvarRoot().empty()) return NativePath("C:\\Windows\\Temp\\");
     char buf[MAX_PATH];
     const DWORD n = GetTempPathA(MAX_PATH, buf);
     return WithTrailingSep(std::string(buf, n));
@@ -343,7 +394,7 @@ std::string DossierTempMachine() {
     if (!ZelvarRoot().empty()) return NativePath("C:\\Windows\\Temp\\");
     std::error_code ec;
     const fs::path tmp = fs::temp_directory_path(ec);
-    return WithTrailingSep(ec ? std::string("/tmp") : tmp.string());
+    return WithTrailingSep(ec ? std::string("/tmp") : TexteChemin(tmp));
 #endif
 }
 

@@ -16,9 +16,16 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
+#include <filesystem>
 #include <string>
 
 namespace zl3::sys {
+
+// Paths are UTF-8 text in the whole tool. These give the system's path (wide characters on
+// Windows, where narrow text would be read in the ANSI code page) and back.
+std::filesystem::path CheminFs(const std::string& utf8);
+std::string TexteChemin(const std::filesystem::path& path);
 
 // The native folder separator ("\" on Windows, "/" elsewhere).
 char Sep();
@@ -47,6 +54,9 @@ std::string NomExecutable();
 std::string ThemeActive();
 // Where ThemeActive is kept when there is no registry (the ini named above).
 std::string FichierTheme();
+
+// The local time of `t` (localtime_r, localtime_s on Windows).
+bool HeureLocale(std::time_t t, std::tm& out);
 
 std::string ComputerName();
 std::string UserName();

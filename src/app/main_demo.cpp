@@ -18,7 +18,7 @@ namespace {
 zl3::DateTime Aujourdhui() {
     const std::time_t maintenant = std::time(nullptr);
     std::tm local{};
-    localtime_r(&maintenant, &local);
+    zl3::sys::HeureLocale(maintenant, local);
     zl3::DateTime d;
     d.year = local.tm_year + 1900;
     d.month = local.tm_mon + 1;

@@ -1,5 +1,7 @@
 #include "ListeFTP.h"
 
+#include "Lib_Systeme.h"
+
 #include <cctype>
 #include <cstdlib>
 #include <ctime>
@@ -52,7 +54,7 @@ std::optional<DateTime> TempsMlsd(const std::string& v) {
         return std::nullopt;
     const time_t t = timegm(&tm);
     std::tm local{};
-    if (!localtime_r(&t, &local)) return std::nullopt;
+    if (!sys::HeureLocale(t, local)) return std::nullopt;
     return DateTime{local.tm_year + 1900,
                     local.tm_mon + 1,
                     local.tm_mday,

@@ -107,7 +107,7 @@ TEST_F(ConfigTest, NetworkSwitchesAreExactAndPerFolder) {
     ASSERT_TRUE(DetermineDossierConfig());
     const ConfigBase& b = Config().bases[0];
     EXPECT_EQ(b.dossiers[kRepLog], P("\\\\SRV\\Logs\\"));
-    EXPECT_EQ(b.dossiers[kRepLog], Root() + "UNC/SRV/Logs/");
+    EXPECT_EQ(b.dossiers[kRepLog], Root() + test::N("UNC/SRV/Logs/"));
     EXPECT_EQ(b.dossiers[kRepBtr], P("C:\\BTRieve\\Data\\"));
 
     // Win.ini's own switch chooses the network configuration folder, again only on "ON".
@@ -239,14 +239,14 @@ TEST_F(CommandLineTest, BlankDatagramKeepsTheLastActiveSocket) {
 }
 
 TEST_F(CommandLineTest, PathMappingUnderTheRoot) {
-    EXPECT_EQ(sys::NativePath("C:\\AudioLog\\"), Root() + "C/AudioLog/");
-    EXPECT_EQ(sys::NativePath("d:\\Sons"), Root() + "D/Sons");
-    EXPECT_EQ(sys::NativePath("\\\\SRV\\share\\x\\"), Root() + "UNC/SRV/share/x/");
-    EXPECT_EQ(sys::NativePath("/already/native/"), "/already/native/");
-    EXPECT_EQ(sys::WithTrailingSep("/a/b"), "/a/b/");
-    EXPECT_EQ(sys::WithTrailingSep("/a/b//"), "/a/b/");
-    EXPECT_EQ(sys::DossierWindows(), Root() + "C/Windows/");
-    EXPECT_EQ(sys::DossierApplication(), Root() + "C/Quorvane/Zelvar/");
+    EXPECT_EQ(sys::NativePath("C:\\AudioLog\\"), Root() + test::N("C/AudioLog/"));
+    EXPECT_EQ(sys::NativePath("d:\\Sons"), Root() + test::N("D/Sons"));
+    EXPECT_EQ(sys::NativePath("\\\\SRV\\share\\x\\"), Root() + test::N("UNC/SRV/share/x/"));
+    EXPECT_EQ(sys::NativePath(Root() + test::N("already/native/")), Root() + test::N("already/native/"));
+    EXPECT_EQ(sys::WithTrailingSep(test::N("/a/b")), test::N("/a/b/"));
+    EXPECT_EQ(sys::WithTrailingSep(test::N("/a/b//")), test::N("/a/b/"));
+    EXPECT_EQ(sys::DossierWindows(), Root() + test::N("C/Windows/"));
+    EXPECT_EQ(sys::DossierApplication(), Root() + test::N("C/Quorvane/Zelvar/"));
 }
 
 }  // namespace

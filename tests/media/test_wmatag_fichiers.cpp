@@ -1,11 +1,18 @@
 // Tag reader over real WMA files written by Debian's ffmpeg (and python3-mutagen for the
 // non-string descriptors), and the zl3-wmatags command. Both tools are required: when one is
 // missing the tests fail and say which package to install.
-#include <fcntl.h>
+//
+// The Windows build cannot start these Linux programs under Wine: its files are prepared on the
+// Linux side. With ZL3_WMA_PREPARES naming a folder, the Linux tests copy every file they made
+// there (named by the file and its metadata), and the Windows tests take them from there instead
+// of running ffmpeg and python3-mutagen (tools/windows_tests.sh does both).
 #include <gtest/gtest.h>
+#ifndef _WIN32
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <filesystem>
@@ -18,9 +25,12 @@
 
 #include "AsfBuilder.h"
 #include "Cls_WMATag.h"
+#include "Processus.h"
 #include "Lib_Public.h"
 
+#ifndef _WIN32
 extern char** environ;
+#endif
 
 namespace fs = std::filesystem;
 using namespace zl3;
@@ -47,8 +57,8 @@ void Ecrit(const fs::path& path, const std::string& octets) {
 class WmaTagFichiers : public ::testing::Test {
   protected:
     static void SetUpTestSuite() {
-        dossier_ = fs::temp_directory_path() / ("zl3_wmatag_fichiers_" + std::to_string(getpid()));
-        fs::create_directories(dossier_);
+        const std::string d = test::NouveauDossierTemporaire("zl3_wmatag_fichiers_");
+        dossier_ = fs::path(std::u8string(reinterpret_cast<const char8_t*>(d.data()), d.size()));
     }
     static void TearDownTestSuite() { fs::remove_all(dossier_); }
     void SetUp() override { ResetTrace(); }
@@ -57,6 +67,20 @@ class WmaTagFichiers : public ::testing::Test {
 
     // Runs a program found in PATH, standard input empty, both outputs kept.
     static Execution Execute(const std::vector<std::string>& args) {
+#ifdef _WIN32
+        const test::ResultatCommande r = test::LancerCommande(args);
+        Execution w;
+        // Windows programs end their text lines with CR LF.
+        auto lf = [](std::string t) {
+            for (size_t at; (at = t.find("\r\n")) != std::string::npos;)
+                t.erase(at, 1);
+            return t;
+        };
+        w.code = r.code;
+        w.sortie = lf(r.sortie);
+        w.erreurs = lf(r.erreurs);
+        return w;
+#else
         const fs::path sortie = Chemin("sortie.txt");
         const fs::path erreurs = Chemin("erreurs.txt");
         posix_spawn_file_actions_t actions;
@@ -81,10 +105,44 @@ class WmaTagFichiers : public ::testing::Test {
         e.sortie = Contenu(sortie);
         e.erreurs = Contenu(erreurs);
         return e;
+#endif
     }
 
-    // One second of sine encoded as WMA by ffmpeg with these metadata.
+    // The folder of files prepared on the Linux side (empty when not set).
+    static fs::path Prepares() {
+        const char* d = std::getenv("ZL3_WMA_PREPARES");
+        return d && *d ? fs::path(d) : fs::path();
+    }
+    // The prepared copy of `nom` made with `meta` (FNV-1a of the metadata in its name).
+    static fs::path Prepare(const std::string& nom, const Metadonnees& meta) {
+        uint64_t h = 14695981039346656037ull;
+        for (const auto& [cle, valeur] : meta)
+            for (const char c : cle + "=" + valeur + "\n") {
+                h ^= static_cast<unsigned char>(c);
+                h *= 1099511628211ull;
+            }
+        return Prepares() / (std::to_string(h) + "-" + nom);
+    }
+    // Keeps a copy of a file just made for the Windows tests, when asked.
+    static void Garde(const std::string& nom, const Metadonnees& meta) {
+        if (Prepares().empty()) return;
+        std::error_code ec;
+        fs::create_directories(Prepares(), ec);
+        fs::copy_file(Chemin(nom), Prepare(nom, meta), fs::copy_options::overwrite_existing, ec);
+    }
+
+    // One second of sine encoded as WMA by ffmpeg with these metadata (on Windows: the copy
+    // prepared on the Linux side).
     static bool Ffmpeg(const std::string& nom, const Metadonnees& meta) {
+#ifdef _WIN32
+        std::error_code ec;
+        if (Prepares().empty())
+            ADD_FAILURE() << "ZL3_WMA_PREPARES: the files written by ffmpeg on the Linux side";
+        else if (!fs::copy_file(Prepare(nom, meta), Chemin(nom),
+                                fs::copy_options::overwrite_existing, ec))
+            ADD_FAILURE() << "not prepared: " << Prepare(nom, meta).string();
+        return !Prepares().empty() && !ec;
+#else
         std::vector<std::string> args = {"ffmpeg",  "-v",        "error",    "-y",       "-f",
                                          "lavfi",   "-i",        "sine=d=1", "-c:a",     "wmav2",
                                          "-fflags", "+bitexact", "-flags:a", "+bitexact"};
@@ -98,7 +156,9 @@ class WmaTagFichiers : public ::testing::Test {
             ADD_FAILURE() << "ffmpeg introuvable: le paquet Debian ffmpeg est nécessaire";
         else if (e.code != 0)
             ADD_FAILURE() << "ffmpeg a échoué (" << e.code << "): " << e.erreurs;
+        if (e.code == 0) Garde(nom, meta);
         return e.code == 0;
+#endif
     }
 
     // Reads a file's tags; the test fails on a missing header.
@@ -180,7 +240,9 @@ TEST_F(WmaTagFichiers, AuthorOnlyFileReadsAuthorOneByteLate) {
 }
 
 TEST_F(WmaTagFichiers, NonStringDescriptorsFromMutagenAreNotListed) {
-    ASSERT_TRUE(Ffmpeg("mutagen.wma", {{"title", "Titre"}, {"artist", "Artiste"}}));
+    const Metadonnees meta = {{"title", "Titre"}, {"artist", "Artiste"}};
+    ASSERT_TRUE(Ffmpeg("mutagen.wma", meta));
+#ifndef _WIN32  // the prepared copy already holds what python3-mutagen adds
     const char* script =
         "import sys\n"
         "from mutagen.asf import (ASF, ASFBoolAttribute, ASFByteArrayAttribute, "
@@ -197,6 +259,8 @@ TEST_F(WmaTagFichiers, NonStringDescriptorsFromMutagenAreNotListed) {
     const Execution e = Execute({"/usr/bin/python3", "-c", script, Chemin("mutagen.wma").string()});
     ASSERT_EQ(e.code, 0) << "python3-mutagen est nécessaire (Debian, /usr/bin/python3): "
                          << e.erreurs;
+    Garde("mutagen.wma", meta);
+#endif
     const Cls_WMATag t = Lit("mutagen.wma");
     const auto noms = t.TagDescriptors();
     for (const char* n : {"WM/TrackNumber", "WM/IsVBR", "WM/EncodingTime", "WM/Rating", "WM/MCDI"})

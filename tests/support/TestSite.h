@@ -36,9 +36,16 @@ inline std::string NewTempDir(const std::string& tag) {
     for (int attempt = 0;; ++attempt) {
         const fs::path p = base / (name + "-" + std::to_string(rng() % 100000000));
         std::error_code ec;
-        if (fs::create_directory(p, ec)) return p.string() + "/";
+        if (fs::create_directory(p, ec)) return sys::TexteChemin(p) + sys::Sep();
         if (attempt > 1000) throw std::runtime_error("cannot create a test folder under " + base.string());
     }
+}
+
+// A relative path written with "/" in the native form ("\\" on Windows).
+inline std::string N(std::string path) {
+    for (char& c : path)
+        if (c == '/') c = sys::Sep();
+    return path;
 }
 
 inline std::string ReadFile(const std::string& path) {

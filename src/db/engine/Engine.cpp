@@ -40,11 +40,7 @@
 // other processes' write-ahead log from being checkpointed and reset. A background thread
 // (started on demand, stopping when nothing is held) ends every snapshot not used for one
 // 100 ms period.
-#include <pthread.h>
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
@@ -56,6 +52,7 @@
 #include <vector>
 
 #include "Btrieve.h"
+#include "FichierPlateforme.h"
 #include "Store.h"
 
 namespace zl3::btr {
@@ -130,7 +127,7 @@ Engine& E() {
         auto* e = new Engine;
         std::random_device rd;
         e->nextGen = (uint64_t{rd()} << 32 | rd()) & 0x0000FFFFFFFFFFFFull;
-        pthread_atfork(PrepareFork, ParentAfterFork, ChildAfterFork);
+        plat::AtFork(PrepareFork, ParentAfterFork, ChildAfterFork);
         return e;
     }();
     return *engine;
@@ -235,9 +232,9 @@ void FreeCursor(Engine& e, Cursor* cursor) {
     CloseFileIfUnused(e, file);
 }
 
-DbFile* FindOpenFile(Engine& e, const struct stat& st) {
+DbFile* FindOpenFile(Engine& e, const plat::FileId& id) {
     for (auto& f : e.files)
-        if (f->Device() == st.st_dev && f->Inode() == st.st_ino) return f.get();
+        if (f->Id() == id) return f.get();
     return nullptr;
 }
 
@@ -567,29 +564,19 @@ int16_t DoDelete(Engine& e, const Call& call) {
 
 // ---- Files ------------------------------------------------------------------------------------
 
-int16_t StatFailure(int err) {
-    switch (err) {
-        case EACCES:
-        case EPERM:
-            return kAccessDenied;
-        case ENAMETOOLONG:
-            return kInvalidFileName;
-        default:
-            return kFileNotFound;
-    }
-}
-
 int16_t DoOpen(Engine& e, const Call& call) {
     if (!call.block) return kFileNotOpen;
     std::string path;
     if (!PathFromKey(call, path)) return kInvalidFileName;
     const int mode = call.keyNumber;
     if (mode > kModeNormal || mode < kModeExclusive) return kInvalidOperation;
-    struct stat st {};
-    if (::stat(path.c_str(), &st) != 0) return StatFailure(errno);
-    if (S_ISDIR(st.st_mode)) return kFileNotFound;
-    if (!S_ISREG(st.st_mode)) return kNotABtrieveFile;
-    DbFile* file = FindOpenFile(e, st);
+    plat::PathKind kind;
+    plat::FileId id;
+    const int16_t examined = plat::Examine(path, kind, id);
+    if (examined != kOk) return examined;
+    if (kind == plat::PathKind::kDirectory) return kFileNotFound;
+    if (kind != plat::PathKind::kRegular) return kNotABtrieveFile;
+    DbFile* file = FindOpenFile(e, id);
     if (file) {
         if (file->Exclusive() || mode == kModeExclusive) return kFileLocked;
     } else {
@@ -619,8 +606,9 @@ int16_t DoCreate(Engine& e, const Call& call) {
     const int16_t status = ParseLayout(call.data, call.data ? call.capacity : 0, def);
     if (status != kOk) return status;
     const bool overwrite = call.keyNumber == 0;
-    struct stat st {};
-    if (overwrite && ::stat(path.c_str(), &st) == 0 && FindOpenFile(e, st)) return kFileLocked;
+    plat::PathKind kind;
+    plat::FileId id;
+    if (overwrite && plat::Examine(path, kind, id) == kOk && FindOpenFile(e, id)) return kFileLocked;
     return CreateDatabase(path, def, overwrite);
 }
 

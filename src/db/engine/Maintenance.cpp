@@ -1,13 +1,12 @@
 #include "Maintenance.h"
 
 #include <sqlite3.h>
-#include <sys/stat.h>
-
 #include <cstdio>
 #include <cstring>
 #include <memory>
 
 #include "Btrieve.h"
+#include "FichierPlateforme.h"
 #include "KeyLayout.h"
 #include "Store.h"
 
@@ -151,12 +150,13 @@ void CheckStructure(sqlite3* db, const FileDef& def, CheckReport& r) {
 
 CheckReport CheckFile(const std::string& path) {
     CheckReport r;
-    struct stat st {};
-    if (::stat(path.c_str(), &st) != 0) {
+    plat::PathKind kind;
+    plat::FileId id;
+    if (plat::Examine(path, kind, id) != kOk) {
         r.status = kFileNotFound;
         return r;
     }
-    if (!S_ISREG(st.st_mode)) {
+    if (kind != plat::PathKind::kRegular) {
         r.status = kNotABtrieveFile;
         return r;
     }
@@ -248,7 +248,7 @@ TransferResult SaveFile(const std::string& file, const std::string& out, int key
     if (result.status != kOk) return result;
 
     File f;
-    f.f = std::fopen(out.c_str(), "wb");
+    f.f = plat::OpenStream(out, "wb");
     if (!f.f) {
         result.error = "cannot write " + out + ": " + std::strerror(errno);
     } else {
@@ -303,7 +303,7 @@ int ReadSaved(std::FILE* f, std::vector<uint8_t>& record) {
 TransferResult LoadFile(const std::string& in, const std::string& file) {
     TransferResult result;
     File f;
-    f.f = std::fopen(in.c_str(), "rb");
+    f.f = plat::OpenStream(in, "rb");
     if (!f.f) {
         result.error = "cannot read " + in + ": " + std::strerror(errno);
         return result;

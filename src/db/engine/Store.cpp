@@ -1,13 +1,7 @@
 #include "Store.h"
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <thread>
 
@@ -49,35 +43,17 @@ std::string SchemaSql(const FileDef& def) {
     return sql;
 }
 
-int16_t StatusFromErrno(int err) {
-    switch (err) {
-        case EACCES:
-        case EPERM:
-        case EROFS:
-            return kAccessDenied;
-        case ENOSPC:
-        case EDQUOT:
-            return kDiskFull;
-        case ENAMETOOLONG:
-            return kInvalidFileName;
-        default:
-            return kFileNotFound;
-    }
-}
-
 bool SideFileExists(const std::string& path) {
-    struct stat st {};
-    return ::stat(path.c_str(), &st) == 0;
+    return plat::Exists(path);
 }
 
 // True when the log beside `path` may hold committed changes not yet in the file itself.
 bool LogHoldsData(const std::string& path) {
-    struct stat st {};
-    return ::stat((path + "-wal").c_str(), &st) == 0 && st.st_size > 0;
+    return plat::HasData(path + "-wal");
 }
 
 void RemoveQuietly(const std::string& path) {
-    ::unlink(path.c_str());
+    plat::Remove(path);
 }
 
 void RemoveDatabaseFiles(const std::string& path) {
@@ -85,16 +61,6 @@ void RemoveDatabaseFiles(const std::string& path) {
     RemoveQuietly(path + "-wal");
     RemoveQuietly(path + "-shm");
     RemoveQuietly(path + "-journal");
-}
-
-void SyncDirectoryOf(const std::string& path) {
-    const size_t slash = path.find_last_of('/');
-    const std::string dir = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-    const int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd >= 0) {
-        ::fsync(fd);
-        ::close(fd);
-    }
 }
 
 // Builds the empty database at `path` (a fresh name). Returns 0 or a status.
@@ -106,7 +72,7 @@ int16_t BuildEmpty(const std::string& path, const FileDef& def) {
     if (rc != SQLITE_OK) {
         const int err = db ? sqlite3_system_errno(db) : 0;
         sqlite3_close_v2(db);
-        return err ? StatusFromErrno(err) : StatusFromSqlite(rc);
+        return err ? plat::StatusFromSystemError(err) : StatusFromSqlite(rc);
     }
     sqlite3_extended_result_codes(db, 1);
     const std::string pragmas =
@@ -135,7 +101,8 @@ int16_t BuildEmpty(const std::string& path, const FileDef& def) {
     const int closeRc = sqlite3_close_v2(db);
     if (rc == SQLITE_OK) rc = closeRc;
     if (rc != SQLITE_OK)
-        return (rc & 0xFF) == SQLITE_CANTOPEN && err ? StatusFromErrno(err) : StatusFromSqlite(rc);
+        return (rc & 0xFF) == SQLITE_CANTOPEN && err ? plat::StatusFromSystemError(err)
+                                                   : StatusFromSqlite(rc);
     return kOk;
 }
 
@@ -216,23 +183,21 @@ int PageSizeFor(const FileDef& def) {
 }
 
 int16_t CreateDatabase(const std::string& path, const FileDef& def, bool overwrite) {
-    struct stat st {};
-    int lockFd = -1;
-    if (::stat(path.c_str(), &st) == 0) {
-        if (!S_ISREG(st.st_mode)) return kInvalidFileName;
+    plat::PathKind kind;
+    plat::FileId id;
+    plat::GardeRemplacement guard;
+    const int16_t examined = plat::Examine(path, kind, id);
+    if (examined == kOk) {
+        if (kind != plat::PathKind::kRegular) return kInvalidFileName;
         if (!overwrite) return kFileExists;
         // Nobody may have the old file open while it is replaced.
-        lockFd = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
-        if (lockFd < 0) return StatusFromErrno(errno);
-        if (::flock(lockFd, LOCK_EX | LOCK_NB) != 0) {
-            ::close(lockFd);
-            return kFileLocked;
-        }
-    } else if (errno != ENOENT) {
-        return StatusFromErrno(errno);
+        const int16_t taken = guard.Take(path);
+        if (taken != kOk) return taken;
+    } else if (examined != kFileNotFound) {
+        return examined;
     }
 
-    const std::string temp = path + ".zl3new." + std::to_string(::getpid());
+    const std::string temp = path + ".zl3new." + std::to_string(plat::ProcessId());
     RemoveDatabaseFiles(temp);
     int16_t status = BuildEmpty(temp, def);
     if (status == kOk) {
@@ -241,14 +206,14 @@ int16_t CreateDatabase(const std::string& path, const FileDef& def, bool overwri
         RemoveQuietly(path + "-wal");
         RemoveQuietly(path + "-shm");
         if (overwrite) {
-            if (::rename(temp.c_str(), path.c_str()) != 0) status = StatusFromErrno(errno);
-        } else if (::link(temp.c_str(), path.c_str()) != 0) {
-            status = errno == EEXIST ? kFileExists : StatusFromErrno(errno);
+            guard.BeforeReplace();
+            status = plat::ReplaceWith(temp, path);
+        } else {
+            status = plat::NameIfFree(temp, path);
         }
     }
     RemoveDatabaseFiles(temp);
-    if (status == kOk) SyncDirectoryOf(path);
-    if (lockFd >= 0) ::close(lockFd);
+    if (status == kOk) plat::SyncFolderOf(path);
     return status;
 }
 
@@ -258,25 +223,16 @@ int16_t DbFile::Open(const std::string& path, bool exclusive, std::unique_ptr<Db
     std::unique_ptr<DbFile> f(new DbFile);
     f->path_ = path;
     f->exclusive_ = exclusive;
-    int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
-    if (fd < 0 && (errno == EACCES || errno == EROFS || errno == EPERM)) {
-        fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        f->writable_ = false;
-    }
-    if (fd < 0) return errno == EISDIR ? kFileNotFound : StatusFromErrno(errno);
-    f->lockFd_ = fd;
-    struct stat st {};
-    if (::fstat(fd, &st) != 0) return kIoError;
-    if (!S_ISREG(st.st_mode)) return kNotABtrieveFile;
-    f->dev_ = st.st_dev;
-    f->ino_ = st.st_ino;
-    // The exclusive open mode is an advisory lock on the file itself: shared by every normal
-    // open, exclusive for mode -4. Neither waits. The kernel drops it when the process dies.
-    if (::flock(fd, (exclusive ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0)
-        return errno == EWOULDBLOCK ? kFileLocked : kIoError;
+    int16_t opened = f->lock_.Open(path, f->writable_);
+    if (opened != kOk) return opened;
+    f->id_ = f->lock_.Id();
+    // The exclusive open mode is a lock on the file itself: shared by every normal open,
+    // exclusive for mode -4. Neither waits. The system drops it when the process dies.
+    opened = f->lock_.Lock(exclusive);
+    if (opened != kOk) return opened;
 
     uint8_t header[100];
-    const ssize_t got = ::pread(fd, header, sizeof header, 0);
+    const long got = f->lock_.ReadHeader(header, sizeof header);
     if (got < 0) return kIoError;
     if (ClassifyHeader(header, static_cast<size_t>(got)) != FileKind::kOurs)
         return kNotABtrieveFile;
@@ -315,23 +271,13 @@ int16_t DbFile::Connect(bool immutable) {
     std::string name = path_;
     if (immutable) {
         flags |= SQLITE_OPEN_URI;
-        name = "file:";
-        for (const char c : path_) {
-            if (c == '%' || c == '?' || c == '#') {
-                char hex[4];
-                std::snprintf(hex, sizeof hex, "%%%02X", static_cast<unsigned char>(c));
-                name += hex;
-            } else {
-                name += c;
-            }
-        }
-        name += "?immutable=1";
+        name = "file:" + plat::UriPath(path_) + "?immutable=1";
     }
     const int rc = sqlite3_open_v2(name.c_str(), &db_, flags, nullptr);
     if (rc != SQLITE_OK) return kIoError;
     int16_t status = Configure();
     if (status == kOk) status = LoadDefinition();
-    if (status != kOk && sqlite3_system_errno(db_) == ENOSPC) {
+    if (status != kOk && plat::IsDiskFull(sqlite3_system_errno(db_))) {
         diskFull_ = true;
         status = kDiskFull;
     }
@@ -358,8 +304,8 @@ DbFile::~DbFile() {
     shmHeader_ = nullptr;
     Disconnect();
     // Closing a descriptor drops every POSIX lock this process holds on the file, SQLite's
-    // included: the lock descriptor is closed only once the connection is gone.
-    if (lockFd_ >= 0) ::close(lockFd_);
+    // included: the lock's file is closed only once the connection is gone.
+    lock_.Close();
 }
 
 // SQLite's own short locks — another connection opening, recovering the log or closing (the

@@ -13,8 +13,6 @@
 //   index zl3_keyN on (kN, sN) for every key, UNIQUE for keys without duplicates.
 #pragma once
 
-#include <sys/types.h>
-
 #include <array>
 #include <chrono>
 #include <cstdint>
@@ -22,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "FichierPlateforme.h"
 #include "KeyLayout.h"
 
 struct sqlite3;
@@ -102,8 +101,7 @@ class DbFile {
 
     const FileDef& Def() const { return def_; }
     const std::string& Path() const { return path_; }
-    dev_t Device() const { return dev_; }
-    ino_t Inode() const { return ino_; }
+    plat::FileId Id() const { return id_; }
     bool Exclusive() const { return exclusive_; }
     bool Writable() const { return writable_; }
 
@@ -174,9 +172,9 @@ class DbFile {
     static int BusyWait(void* self, int attempts);
 
     std::string path_;
-    dev_t dev_ = 0;
-    ino_t ino_ = 0;
-    int lockFd_ = -1;
+    plat::FileId id_;
+    // Declared before the connection's members: destroyed after it (see ~DbFile).
+    plat::FichierVerrouille lock_;
     bool exclusive_ = false;
     bool writable_ = true;
     bool immutable_ = false;

@@ -1,14 +1,15 @@
 // Command line of zl3-demo.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 
 #include <string>
 #include <vector>
 
 #include "OptionsDemo.h"
+#include "Processus.h"
 #include "TestSite.h"
 
 namespace zl3::demo {
@@ -100,11 +101,12 @@ TEST(OptionsDemo, AnInstallationAlreadyUnderTheRootIsKeptWithoutForce) {
     EXPECT_TRUE(Analyser({"--root", "r", "--force"}).options.forcer);
     const std::string racine = test::NewTempDir("zl3demo-force");
     auto lancer = [&](const std::string& extra) {
-        const std::string cmd = std::string(ZL3_DEMO_EXE) + " --root " + racine +
-                                " --stations 1 --tracks 200 --days 1 --end 2026-10-01 " + extra +
-                                " >/dev/null 2>&1";
-        const int status = std::system(cmd.c_str());
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        std::vector<std::string> args = {ZL3_DEMO_EXE, "--root", racine, "--stations", "1",
+                                          "--tracks", "200", "--days", "1", "--end", "2026-10-01"};
+        std::istringstream mots(extra);
+        for (std::string mot; mots >> mot;)
+            args.push_back(mot);
+        return test::LancerCommande(args).code;
     };
     ASSERT_EQ(lancer(""), 0);
     sys::SetZelvarRoot(racine);

@@ -1,12 +1,5 @@
 #include "BtrTestUtil.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -15,19 +8,15 @@
 #include <sstream>
 #include <stdexcept>
 
-extern char** environ;
-
 namespace zl3::btr::test {
 
-TempDir::TempDir() {
-    char pattern[] = "/tmp/zl3-btr-test-XXXXXX";
-    if (!::mkdtemp(pattern)) throw std::runtime_error("mkdtemp failed");
-    path_ = pattern;
-}
+TempDir::TempDir() : path_(zl3::test::NouveauDossierTemporaire("zl3-btr-test-")) {}
 
 TempDir::~TempDir() {
     std::error_code ec;
-    std::filesystem::remove_all(path_, ec);
+    std::filesystem::remove_all(std::filesystem::path(std::u8string(
+                                    reinterpret_cast<const char8_t*>(path_.data()), path_.size())),
+                                ec);
 }
 
 std::vector<uint8_t> Layout(uint16_t recordLength, const std::vector<std::vector<Seg>>& keys,
@@ -145,97 +134,9 @@ std::vector<std::string> Walk(Handle& h, int8_t keyNumber) {
 
 // ---- Processes --------------------------------------------------------------------------------
 
-Process::Process(const std::vector<std::string>& args) {
-    int fds[2];
-    if (::pipe2(fds, O_CLOEXEC) != 0) throw std::runtime_error("pipe failed");
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, fds[1], 1);
-    std::vector<char*> argv;
-    for (const std::string& a : args)
-        argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    const int rc = posix_spawn(&pid_, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    ::close(fds[1]);
-    out_ = fds[0];
-    if (rc != 0) {
-        ::close(out_);
-        throw std::runtime_error("cannot start " + args[0]);
-    }
-}
-
-Process::~Process() {
-    if (!waited_) {
-        Kill(SIGKILL);
-        Wait();
-    }
-    if (out_ >= 0) ::close(out_);
-}
-
-bool Process::ReadLine(std::string& line, int timeoutMs) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-    for (;;) {
-        const size_t nl = pending_.find('\n');
-        if (nl != std::string::npos) {
-            line = pending_.substr(0, nl);
-            pending_.erase(0, nl + 1);
-            return true;
-        }
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                              deadline - std::chrono::steady_clock::now())
-                              .count();
-        if (left <= 0) return false;
-        pollfd p{out_, POLLIN, 0};
-        if (::poll(&p, 1, static_cast<int>(left)) <= 0) return false;
-        char buf[4096];
-        const ssize_t n = ::read(out_, buf, sizeof buf);
-        if (n <= 0) return false;
-        pending_.append(buf, static_cast<size_t>(n));
-    }
-}
-
-int Process::Wait() {
-    if (!waited_) {
-        int status = 0;
-        while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
-        }
-        status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        waited_ = true;
-    }
-    return status_;
-}
-
-void Process::Kill(int signal) {
-    if (!waited_) ::kill(pid_, signal);
-}
-
 CommandResult RunCommand(const std::vector<std::string>& args) {
-    TempDir dir;
-    const std::string outPath = dir.File("out");
-    const std::string errPath = dir.File("err");
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                     0600);
-    posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                     0600);
-    std::vector<char*> argv;
-    for (const std::string& a : args)
-        argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    pid_t pid = -1;
-    CommandResult r;
-    if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0) {
-        int status = 0;
-        while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-        }
-        r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-    posix_spawn_file_actions_destroy(&actions);
-    r.out = ReadFileBytes(outPath);
-    r.err = ReadFileBytes(errPath);
-    return r;
+    const zl3::test::ResultatCommande r = zl3::test::LancerCommande(args);
+    return CommandResult{r.code, r.sortie, r.erreurs};
 }
 
 std::string ReadFileBytes(const std::string& path) {

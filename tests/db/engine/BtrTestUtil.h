@@ -2,13 +2,12 @@
 // wrapper with string buffers, and helper processes.
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "Btrieve.h"
+#include "Processus.h"
 
 namespace zl3::btr::test {
 
@@ -66,26 +65,19 @@ class Handle {
 // Records of a walk on `keyNumber` from Get First to the end.
 std::vector<std::string> Walk(Handle& h, int8_t keyNumber);
 
-// A helper process with its standard output readable line by line.
+// A helper process with its standard output readable line by line (see Processus.h).
 class Process {
   public:
-    explicit Process(const std::vector<std::string>& args);
-    ~Process();
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
+    explicit Process(const std::vector<std::string>& args) : p_(args) {}
     // Next line of standard output; false on end of output or after `timeoutMs`.
-    bool ReadLine(std::string& line, int timeoutMs = 10000);
-    // Waits for the end; the exit code, or 128 + signal.
-    int Wait();
-    void Kill(int signal);
-    pid_t Pid() const { return pid_; }
+    bool ReadLine(std::string& line, int timeoutMs = 10000) { return p_.LireLigne(line, timeoutMs); }
+    // Waits for the end; the exit code (kCodeTermine after Kill).
+    int Wait() { return p_.Attendre(); }
+    // Ends it at once, by the id of the process started.
+    void Kill() { p_.Terminer(); }
 
   private:
-    pid_t pid_ = -1;
-    int out_ = -1;
-    std::string pending_;
-    bool waited_ = false;
-    int status_ = 0;
+    zl3::test::Processus p_;
 };
 
 // Runs a command to its end, capturing standard output and error.

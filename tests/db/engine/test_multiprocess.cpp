@@ -2,7 +2,6 @@
 // exclusive open mode, writers killed in the middle of their work, idle read snapshots. The
 // other processes are instances of btr_peer.
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sqlite3.h>
 
 #include <chrono>
@@ -161,7 +160,7 @@ TEST_F(BtrProcesses, ExclusiveOpenKeepsOtherProcessesOut) {
     EXPECT_EQ(h.Open(path), kFileLocked);
     EXPECT_EQ(h.Open(path, kModeReadOnly), kFileLocked);
     EXPECT_EQ(Create(path, Layout(kLen, {{{1, 8, 0}}}), 0), kFileLocked);
-    holder.Kill(SIGKILL);  // the lock goes with the process
+    holder.Kill();  // the lock goes with the process
     holder.Wait();
     ASSERT_EQ(h.Open(path), kOk);
     Process late(Peer({"exclusive", path, "0"}));
@@ -190,8 +189,8 @@ TEST_F(BtrProcesses, WriterKilledInsideATransactionLosesOnlyThatTransaction) {
     Process writer(Peer({"crash", path, "200"}));
     Expect(writer, "committed 200");
     Expect(writer, "in transaction");
-    writer.Kill(SIGKILL);
-    EXPECT_EQ(writer.Wait(), 128 + SIGKILL);
+    writer.Kill();
+    EXPECT_EQ(writer.Wait(), zl3::test::kCodeTermine);
     const CheckReport report = CheckFile(path);
     EXPECT_EQ(report.status, kOk) << (report.problems.empty() ? "" : report.problems[0]);
     EXPECT_EQ(report.records, 200);
@@ -211,7 +210,7 @@ TEST_F(BtrProcesses, WriterKilledBetweenCommitsKeepsEveryCommittedRecord) {
     long last = 0;
     while (last < 150 && writer.ReadLine(line))
         last = std::stol(line.substr(10));
-    writer.Kill(SIGKILL);
+    writer.Kill();
     writer.Wait();
     while (writer.ReadLine(line, 100))
         last = std::stol(line.substr(10));  // lines still in the pipe

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 
 #include "BtrTestUtil.h"
@@ -185,6 +187,31 @@ TEST_F(BtrOps, ExclusiveOpenKeepsOtherOpensOut) {
     ASSERT_EQ(excl.Close(), kOk);
     ASSERT_EQ(other.Open(path), kOk);
     EXPECT_EQ(excl.Open(path, kModeExclusive), kFileLocked);
+}
+
+TEST_F(BtrOps, AFileIsKnownByItselfWhateverItsPathAndName) {
+    // A UTF-8 name is one file for the engine's own calls and for SQLite alike.
+    const std::string donne = dir.File("Donn\xC3\xA9.bt6");
+    ASSERT_EQ(Create(donne, PeopleLayout()), kOk);
+    Handle a, b, c;
+    ASSERT_EQ(a.Open(donne), kOk);
+    ASSERT_EQ(a.Insert(Rec("A00001", "alpha", "G1", "0001")), kOk);
+    namespace fs = std::filesystem;
+    std::vector<std::string> names;  // as the system lists them, in UTF-8
+    for (const auto& e : fs::directory_iterator(fs::path(std::u8string(
+             reinterpret_cast<const char8_t*>(dir.Path().data()), dir.Path().size())))) {
+        const std::u8string n = e.path().filename().u8string();
+        if (e.path().extension() == ".bt6") names.emplace_back(n.begin(), n.end());
+    }
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"Donn\xC3\xA9.bt6", "PEOPLE.bt6"}));
+    // Another spelling of the same path reaches the same open file...
+    EXPECT_EQ(b.Open(dir.Path() + "/./Donn\xC3\xA9.bt6", kModeExclusive), kFileLocked);
+    ASSERT_EQ(b.Open(dir.Path() + "/./Donn\xC3\xA9.bt6"), kOk);
+    EXPECT_EQ(Walk(b, 0).size(), 1u);
+    // ...and two files open at once stay two files.
+    ASSERT_EQ(c.Open(path), kOk);
+    EXPECT_TRUE(Walk(c, 0).empty());
 }
 
 // ---- Create and Stat ---------------------------------------------------------------------------

@@ -1,21 +1,25 @@
 // BTRCALL through libzl3btr alone, as a program written for Btrieve's API uses it.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
 
 #include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "Processus.h"
 #include "btrcall.h"
 
 namespace {
 
 TEST(BtrSharedLibrary, BtrcallCreatesWritesAndReads) {
-    char pattern[] = "/tmp/zl3-btrcall-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    const std::string path = std::string(pattern) + "/FRAD046.bt6";
+    const std::string pattern = zl3::test::NouveauDossierTemporaire("zl3-btrcall-");
+    const std::string path = pattern + "/FRAD046.bt6";
     // Record 512 bytes, page 1024, one key 1/5 modifiable.
     uint8_t layout[32] = {0x00, 0x02, 0x00, 0x04, 1};
     layout[16] = 1;
@@ -48,12 +52,22 @@ TEST(BtrSharedLibrary, BtrcallCreatesWritesAndReads) {
 }
 
 TEST(BtrSharedLibrary, OnlyBtrcallIsExported) {
+#ifdef _WIN32
+    HMODULE dll = GetModuleHandleA(ZL3BTR_DLL);
+    ASSERT_NE(dll, nullptr);
+    EXPECT_NE(GetProcAddress(dll, "BTRCALL"), nullptr);
+    EXPECT_EQ(GetProcAddress(dll, "_ZN3zl33btr7BtrCallEtPvS1_PjS1_ha"), nullptr);
+    EXPECT_EQ(GetProcAddress(dll, "_ZN3zl33btr13StatusMeaningEs"), nullptr);
+    return;
+#endif
+#ifndef _WIN32
     void* self = dlopen(nullptr, RTLD_NOW);
     ASSERT_NE(self, nullptr);
     EXPECT_NE(dlsym(self, "BTRCALL"), nullptr);
     EXPECT_EQ(dlsym(self, "_ZN3zl33btr7BtrCallEtPvS1_PjS1_ha"), nullptr);
     EXPECT_EQ(dlsym(self, "_ZN3zl33btr13StatusMeaningEs"), nullptr);
     dlclose(self);
+#endif
 }
 
 }  // namespace

@@ -1,0 +1,27 @@
+# Cross-compiling for Windows (x86_64) with Debian's MinGW-w64 (posix threads model).
+# The libraries built by tools/windows_toolchain.sh are found in its cache folder.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(ZL3_MINGW_TRIPLET x86_64-w64-mingw32)
+set(CMAKE_C_COMPILER ${ZL3_MINGW_TRIPLET}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${ZL3_MINGW_TRIPLET}-g++-posix)
+set(CMAKE_RC_COMPILER ${ZL3_MINGW_TRIPLET}-windres)
+if(NOT ZL3_WIN_CACHE)
+    if(DEFINED ENV{ZL3_WIN_CACHE})
+        set(ZL3_WIN_CACHE $ENV{ZL3_WIN_CACHE})
+    else()
+        set(ZL3_WIN_CACHE $ENV{HOME}/.cache/zl3-mingw)
+    endif()
+endif()
+set(CMAKE_FIND_ROOT_PATH /usr/${ZL3_MINGW_TRIPLET} ${ZL3_WIN_CACHE}/${ZL3_MINGW_TRIPLET})
+# pkg-config looks only at the Windows libraries, never at the build machine's.
+set(ENV{PKG_CONFIG_LIBDIR} ${ZL3_WIN_CACHE}/${ZL3_MINGW_TRIPLET}/lib/pkgconfig)
+set(ENV{PKG_CONFIG_PATH} "")
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+# Programs that run without the MinGW runtime DLLs beside them (under Wine and on a station).
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -static-libgcc -static-libstdc++")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static -static-libgcc -static-libstdc++")
+set(CMAKE_CROSSCOMPILING_EMULATOR wine)
