@@ -28,6 +28,10 @@ for f in sorted(os.listdir(d)):
 )";
 
 TEST(FichiersWmaDemo, AnIndependentReaderFindsTheTagsOurReaderFinds) {
+#ifdef _WIN32
+    GTEST_SKIP() << "the independent reader is python3-mutagen, a Linux program: the Linux run of "
+                    "this test checks the files of the same writer";
+#endif
     const std::string dossier = test::NewTempDir("wma-demo");
     const BibliothequeDemo b = GenererBibliotheque(300, 7);
     const BilanWma bilan = EcrireFichiersWmaDemo(b, dossier, 11);
