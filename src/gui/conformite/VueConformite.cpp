@@ -281,8 +281,11 @@ void VueConformite::Afficher() {
     const SerieConformite s = SerieDuVerdict(v);
     QChart* chart = graphique_->chart();
     chart->removeAllSeries();
-    for (QAbstractAxis* a : chart->axes())
+    // The chart deletes its series, but hands a removed axis back to the caller.
+    for (QAbstractAxis* a : chart->axes()) {
         chart->removeAxis(a);
+        delete a;
+    }
     chart->setTitle(Q(s.titre));
     auto* jours = new QLineSeries;
     jours->setName(QStringLiteral("Part francophone du jour"));
