@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "CibleSortie.h"
@@ -15,9 +16,9 @@
 #include "Lib_Export.h"
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
-#include "Services.h"
 #include "Recherche.h"
 #include "ReleveDroits.h"
+#include "Services.h"
 #include "SessionRapport.h"
 
 namespace zl3 {
@@ -59,22 +60,87 @@ bool EcrireSortieStandard(const std::string& texte) {
     return ecrit && std::fflush(stdout) == 0 && !std::ferror(stdout);
 }
 
+// --root, --base and --station, read and checked; an exit code when they are wrong.
+std::optional<int> LireStation(OptionsLigne& options, std::string& root, long long& base,
+                               long long& station) {
+    const auto r = options.Valeur("root");
+    if (!r || r->empty()) return Erreur("l'option --root est obligatoire");
+    root = *r;
+    base = 1;
+    station = 0;
+    if (!options.Entier("base", 1, kNbMaxBases, base) ||
+        !options.Entier("station", 1, kNbMaxStations, station))
+        return Erreur(options.Erreur());
+    if (station == 0) return Erreur("l'option --station est obligatoire");
+    return std::nullopt;
+}
+
+// The file named by --out, with the format's extension, checked before anything is read: a
+// name that can never be written is an argument error, an existing file kept ends the run.
+std::optional<int> ControlerCible(const OptionsLigne& options, const std::string& format,
+                                  std::string& cible) {
+    const auto out = options.Valeur("out");
+    if (!out) return std::nullopt;
+    cible = *out;
+    if (const ControleCible brut = ControleCibleSortie(cible, true); !brut.Accepte())
+        return Erreur(brut.message);
+    if (format == "xls") cible = AvecExtension(cible, FormatExport::Xls);
+    if (format == "xml") cible = AvecExtension(cible, FormatExport::Xml);
+    if (format == "xlsx") cible = AvecExtension(cible, FormatExport::Xlsx);
+    if (format == "pdf") cible = AvecExtensionPdf(cible);
+    const ControleCible controle = ControleCibleSortie(cible, options.A("overwrite"));
+    if (controle.verdict == VerdictCible::Gardee) {
+        std::fprintf(stderr, "zl3-stats: %s\n", controle.message.c_str());
+        return 1;
+    }
+    if (!controle.Accepte()) return Erreur(controle.message);
+    return std::nullopt;
+}
+
+// The site under `root`, then the station's files that `rapport` reads, opened in `session`;
+// an exit code when the site, the base, the station or those files are not there.
+std::optional<int> OuvrirStation(const std::string& root, long long base, long long station,
+                                 Rapport rapport, SessionRapport& session) {
+    if (!sys::FolderExists(root)) {
+        std::fprintf(stderr, "zl3-stats: dossier racine introuvable: %s\n", root.c_str());
+        return 1;
+    }
+    sys::SetZelvarRoot(root);
+    InitGeneral();
+    const Configuration& config = Config();
+    if (base > static_cast<long long>(config.bases.size()))
+        return Erreur("base " + std::to_string(base) + " inconnue: le site a " +
+                      std::to_string(config.bases.size()) + " base(s)");
+    const ConfigBase& b = config.bases[static_cast<size_t>(base - 1)];
+    if (station > b.nbStation)
+        return Erreur("station " + std::to_string(station) + " inconnue: la base " +
+                      Deux(static_cast<int>(base)) + " a " + std::to_string(b.nbStation) +
+                      " station(s)");
+    const int st = static_cast<int>(station);
+    session.Ouvrir(static_cast<int>(base), st, st);
+    if (session.Pret(rapport, st)) return std::nullopt;
+    std::string manquants;
+    for (const std::string& f : session.FichiersManquants(rapport, st))
+        manquants += (manquants.empty() ? "" : ", ") + f;
+    session.Fermer();
+    TraceLogForce();
+    std::fprintf(stderr, "zl3-stats: la base de données de la station %d est illisible (%s: %s)\n",
+                 st, b.dossiers[kRepBtr].c_str(), manquants.c_str());
+    return 1;
+}
+
 }  // namespace
 
 int CommandeConformite(const OptionsLigne& lues, const char* usage) {
     gUsage = usage;
     OptionsLigne options = lues;
-    const auto root = options.Valeur("root");
-    if (!root || root->empty()) return Erreur("l'option --root est obligatoire");
-    long long base = 1;
-    long long station = 0;
-    if (!options.Entier("base", 1, kNbMaxBases, base) ||
-        !options.Entier("station", 1, kNbMaxStations, station))
-        return Erreur(options.Erreur());
-    if (station == 0) return Erreur("l'option --station est obligatoire");
+    std::string root;
+    long long base = 1, station = 0;
+    if (const auto code = LireStation(options, root, base, station)) return *code;
     if (options.Valeur("from") || options.Valeur("to"))
-        return Erreur("le rapport conformite porte sur un mois: --month AAAA-MM au lieu de "
-                      "--from et --to");
+        return Erreur(
+            "le rapport conformite porte sur un mois: --month AAAA-MM au lieu de "
+            "--from et --to");
     const auto texteMois = options.Valeur("month");
     if (!texteMois) return Erreur("l'option --month est obligatoire (AAAA-MM)");
     int annee = 0, mois = 0;
@@ -94,51 +160,12 @@ int CommandeConformite(const OptionsLigne& lues, const char* usage) {
     if (options.A("versions")) return Erreur("--versions ne s'applique pas au rapport conformite");
 
     std::string cible;
-    if (const auto out = options.Valeur("out")) {
-        cible = *out;
-        if (const ControleCible brut = ControleCibleSortie(cible, true); !brut.Accepte())
-            return Erreur(brut.message);
-        if (format == "xls") cible = AvecExtension(cible, FormatExport::Xls);
-        if (format == "xml") cible = AvecExtension(cible, FormatExport::Xml);
-        if (format == "xlsx") cible = AvecExtension(cible, FormatExport::Xlsx);
-        if (format == "pdf") cible = AvecExtensionPdf(cible);
-        const ControleCible controle = ControleCibleSortie(cible, options.A("overwrite"));
-        if (controle.verdict == VerdictCible::Gardee) {
-            std::fprintf(stderr, "zl3-stats: %s\n", controle.message.c_str());
-            return 1;
-        }
-        if (!controle.Accepte()) return Erreur(controle.message);
-    }
-
-    if (!sys::FolderExists(*root)) {
-        std::fprintf(stderr, "zl3-stats: dossier racine introuvable: %s\n", root->c_str());
-        return 1;
-    }
-    sys::SetZelvarRoot(*root);
-    InitGeneral();
-    const Configuration& config = Config();
-    if (base > static_cast<long long>(config.bases.size()))
-        return Erreur("base " + std::to_string(base) + " inconnue: le site a " +
-                      std::to_string(config.bases.size()) + " base(s)");
-    const ConfigBase& b = config.bases[static_cast<size_t>(base - 1)];
-    if (station > b.nbStation)
-        return Erreur("station " + std::to_string(station) + " inconnue: la base " +
-                      Deux(static_cast<int>(base)) + " a " + std::to_string(b.nbStation) +
-                      " station(s)");
-    const int st = static_cast<int>(station);
+    if (const auto code = ControlerCible(options, format, cible)) return *code;
     SessionRapport session(0);
-    session.Ouvrir(static_cast<int>(base), st, st);
-    if (!session.Pret(Rapport::Quotas, st)) {
-        std::string manquants;
-        for (const std::string& f : session.FichiersManquants(Rapport::Quotas, st))
-            manquants += (manquants.empty() ? "" : ", ") + f;
-        session.Fermer();
-        TraceLogForce();
-        std::fprintf(stderr,
-                     "zl3-stats: la base de données de la station %d est illisible (%s: %s)\n", st,
-                     b.dossiers[kRepBtr].c_str(), manquants.c_str());
-        return 1;
-    }
+    if (const auto code = OuvrirStation(root, base, station, Rapport::Quotas, session))
+        return *code;
+    const int st = static_cast<int>(station);
+    const ConfigBase& b = Config().bases[static_cast<size_t>(base - 1)];
 
     ParametresConformite p;
     p.annee = annee;
@@ -182,9 +209,9 @@ int CommandeConformite(const OptionsLigne& lues, const char* usage) {
         return codeVerdict;
     }
     if (format == "pdf") {
-        const std::string libStation =
-            st <= static_cast<int>(b.stations.size()) ? b.stations[static_cast<size_t>(st - 1)].lib
-                                                       : std::string();
+        const std::string libStation = st <= static_cast<int>(b.stations.size())
+                                           ? b.stations[static_cast<size_t>(st - 1)].lib
+                                           : std::string();
         SystemClock horloge;
         const ResultatEcriture r =
             ImprimeConformitePdf(v, grille, b.lib, libStation, horloge.Now(), cible);
@@ -195,7 +222,7 @@ int CommandeConformite(const OptionsLigne& lues, const char* usage) {
     MessagesConsole console(options.A("overwrite"));
     ScopedServices services(Services{&console, nullptr, nullptr, nullptr});
     DemandeExport d;
-    d.format = format == "xml" ? FormatExport::Xml
+    d.format = format == "xml"    ? FormatExport::Xml
                : format == "xlsx" ? FormatExport::Xlsx
                                   : FormatExport::Xls;
     d.dossier = std::filesystem::absolute(cible).parent_path().string();
@@ -207,7 +234,8 @@ int CommandeConformite(const OptionsLigne& lues, const char* usage) {
     d.module = "zl3-stats";
     d.procedure = "CommandeConformite";
     const ResultatExport r = ExporteGrille(
-        grille, d, [&](const std::string&, const std::string&, const std::string&) { return cible; });
+        grille, d,
+        [&](const std::string&, const std::string&, const std::string&) { return cible; });
     TraceLogForce();
     if (r.Ok()) return codeVerdict;
     if (r.issue == IssueExport::NonEcrase)
@@ -220,14 +248,9 @@ int CommandeConformite(const OptionsLigne& lues, const char* usage) {
 int CommandeReleveDroits(const OptionsLigne& lues, const char* usage) {
     gUsage = usage;
     OptionsLigne options = lues;
-    const auto root = options.Valeur("root");
-    if (!root || root->empty()) return Erreur("l'option --root est obligatoire");
-    long long base = 1;
-    long long station = 0;
-    if (!options.Entier("base", 1, kNbMaxBases, base) ||
-        !options.Entier("station", 1, kNbMaxStations, station))
-        return Erreur(options.Erreur());
-    if (station == 0) return Erreur("l'option --station est obligatoire");
+    std::string root;
+    long long base = 1, station = 0;
+    if (const auto code = LireStation(options, root, base, station)) return *code;
     if (options.Valeur("from") || options.Valeur("to") || options.Valeur("month") ||
         options.Valeur("regime") || options.A("versions"))
         return Erreur("le relevé droits porte sur un semestre: --half AAAA-S1 ou AAAA-S2");
@@ -254,49 +277,10 @@ int CommandeReleveDroits(const OptionsLigne& lues, const char* usage) {
     if (format != "table" && format != "csv" && !options.Valeur("out"))
         return Erreur("l'option --out est obligatoire pour le format " + format);
     std::string cible;
-    if (const auto out = options.Valeur("out")) {
-        cible = *out;
-        if (const ControleCible brut = ControleCibleSortie(cible, true); !brut.Accepte())
-            return Erreur(brut.message);
-        if (format == "xls") cible = AvecExtension(cible, FormatExport::Xls);
-        if (format == "xml") cible = AvecExtension(cible, FormatExport::Xml);
-        if (format == "xlsx") cible = AvecExtension(cible, FormatExport::Xlsx);
-        const ControleCible controle = ControleCibleSortie(cible, options.A("overwrite"));
-        if (controle.verdict == VerdictCible::Gardee) {
-            std::fprintf(stderr, "zl3-stats: %s\n", controle.message.c_str());
-            return 1;
-        }
-        if (!controle.Accepte()) return Erreur(controle.message);
-    }
-    if (!sys::FolderExists(*root)) {
-        std::fprintf(stderr, "zl3-stats: dossier racine introuvable: %s\n", root->c_str());
-        return 1;
-    }
-    sys::SetZelvarRoot(*root);
-    InitGeneral();
-    const Configuration& config = Config();
-    if (base > static_cast<long long>(config.bases.size()))
-        return Erreur("base " + std::to_string(base) + " inconnue: le site a " +
-                      std::to_string(config.bases.size()) + " base(s)");
-    const ConfigBase& b = config.bases[static_cast<size_t>(base - 1)];
-    if (station > b.nbStation)
-        return Erreur("station " + std::to_string(station) + " inconnue: la base " +
-                      Deux(static_cast<int>(base)) + " a " + std::to_string(b.nbStation) +
-                      " station(s)");
-    const int st = static_cast<int>(station);
+    if (const auto code = ControlerCible(options, format, cible)) return *code;
     SessionRapport session(0);
-    session.Ouvrir(static_cast<int>(base), st, st);
-    if (!session.Pret(Rapport::Sacem, st)) {
-        std::string manquants;
-        for (const std::string& f : session.FichiersManquants(Rapport::Sacem, st))
-            manquants += (manquants.empty() ? "" : ", ") + f;
-        session.Fermer();
-        TraceLogForce();
-        std::fprintf(stderr,
-                     "zl3-stats: la base de données de la station %d est illisible (%s: %s)\n", st,
-                     b.dossiers[kRepBtr].c_str(), manquants.c_str());
-        return 1;
-    }
+    if (const auto code = OuvrirStation(root, base, station, Rapport::Sacem, session)) return *code;
+    const int st = static_cast<int>(station);
     ParametresReleve p;
     p.annee = annee;
     p.semestre = semestre;
@@ -348,7 +332,7 @@ int CommandeReleveDroits(const OptionsLigne& lues, const char* usage) {
     MessagesConsole console(options.A("overwrite"));
     ScopedServices services(Services{&console, nullptr, nullptr, nullptr});
     DemandeExport d;
-    d.format = format == "xml" ? FormatExport::Xml
+    d.format = format == "xml"    ? FormatExport::Xml
                : format == "xlsx" ? FormatExport::Xlsx
                                   : FormatExport::Xls;
     d.dossier = std::filesystem::absolute(cible).parent_path().string();
@@ -360,7 +344,8 @@ int CommandeReleveDroits(const OptionsLigne& lues, const char* usage) {
     d.module = "zl3-stats";
     d.procedure = "CommandeReleveDroits";
     const ResultatExport e = ExporteGrille(
-        grille, d, [&](const std::string&, const std::string&, const std::string&) { return cible; });
+        grille, d,
+        [&](const std::string&, const std::string&, const std::string&) { return cible; });
     TraceLogForce();
     if (e.Ok()) return code;
     if (e.issue == IssueExport::NonEcrase)
