@@ -75,28 +75,6 @@ std::optional<int> LireStation(OptionsLigne& options, std::string& root, long lo
     return std::nullopt;
 }
 
-// The file named by --out, with the format's extension, checked before anything is read: a
-// name that can never be written is an argument error, an existing file kept ends the run.
-std::optional<int> ControlerCible(const OptionsLigne& options, const std::string& format,
-                                  std::string& cible) {
-    const auto out = options.Valeur("out");
-    if (!out) return std::nullopt;
-    cible = *out;
-    if (const ControleCible brut = ControleCibleSortie(cible, true); !brut.Accepte())
-        return Erreur(brut.message);
-    if (format == "xls") cible = AvecExtension(cible, FormatExport::Xls);
-    if (format == "xml") cible = AvecExtension(cible, FormatExport::Xml);
-    if (format == "xlsx") cible = AvecExtension(cible, FormatExport::Xlsx);
-    if (format == "pdf") cible = AvecExtensionPdf(cible);
-    const ControleCible controle = ControleCibleSortie(cible, options.A("overwrite"));
-    if (controle.verdict == VerdictCible::Gardee) {
-        std::fprintf(stderr, "zl3-stats: %s\n", controle.message.c_str());
-        return 1;
-    }
-    if (!controle.Accepte()) return Erreur(controle.message);
-    return std::nullopt;
-}
-
 // The site under `root`, then the station's files that `rapport` reads, opened in `session`;
 // an exit code when the site, the base, the station or those files are not there.
 std::optional<int> OuvrirStation(const std::string& root, long long base, long long station,
@@ -131,6 +109,29 @@ std::optional<int> OuvrirStation(const std::string& root, long long base, long l
 
 }  // namespace
 
+// The file named by --out, with the format's extension, checked before anything is read: a
+// name that can never be written is an argument error, an existing file kept ends the run.
+std::optional<int> ControlerCible(const OptionsLigne& options, const std::string& format,
+                                  std::string& cible, const char* usage) {
+    gUsage = usage;
+    const auto out = options.Valeur("out");
+    if (!out) return std::nullopt;
+    cible = *out;
+    if (const ControleCible brut = ControleCibleSortie(cible, true); !brut.Accepte())
+        return Erreur(brut.message);
+    if (format == "xls") cible = AvecExtension(cible, FormatExport::Xls);
+    if (format == "xml") cible = AvecExtension(cible, FormatExport::Xml);
+    if (format == "xlsx") cible = AvecExtension(cible, FormatExport::Xlsx);
+    if (format == "pdf") cible = AvecExtensionPdf(cible);
+    const ControleCible controle = ControleCibleSortie(cible, options.A("overwrite"));
+    if (controle.verdict == VerdictCible::Gardee) {
+        std::fprintf(stderr, "zl3-stats: %s\n", controle.message.c_str());
+        return 1;
+    }
+    if (!controle.Accepte()) return Erreur(controle.message);
+    return std::nullopt;
+}
+
 int CommandeConformite(const OptionsLigne& lues, const char* usage) {
     gUsage = usage;
     OptionsLigne options = lues;
@@ -160,7 +161,7 @@ int CommandeConformite(const OptionsLigne& lues, const char* usage) {
     if (options.A("versions")) return Erreur("--versions ne s'applique pas au rapport conformite");
 
     std::string cible;
-    if (const auto code = ControlerCible(options, format, cible)) return *code;
+    if (const auto code = ControlerCible(options, format, cible, usage)) return *code;
     SessionRapport session(0);
     if (const auto code = OuvrirStation(root, base, station, Rapport::Quotas, session))
         return *code;
@@ -277,7 +278,7 @@ int CommandeReleveDroits(const OptionsLigne& lues, const char* usage) {
     if (format != "table" && format != "csv" && !options.Valeur("out"))
         return Erreur("l'option --out est obligatoire pour le format " + format);
     std::string cible;
-    if (const auto code = ControlerCible(options, format, cible)) return *code;
+    if (const auto code = ControlerCible(options, format, cible, usage)) return *code;
     SessionRapport session(0);
     if (const auto code = OuvrirStation(root, base, station, Rapport::Sacem, session)) return *code;
     const int st = static_cast<int>(station);

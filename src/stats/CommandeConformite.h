@@ -12,6 +12,9 @@
 // kept; 2 wrong arguments; 4 read errors (the verdict written is that of what was read).
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "OptionsLigne.h"
 
 namespace zl3 {
@@ -25,5 +28,11 @@ int CommandeConformite(const OptionsLigne& options, const char* usage);
 // whose tags are missing are printed on the standard error and added to the incidents list.
 // Exit codes: 0 written; 3 written, with tracks whose tags are missing; 1, 2, 4 as above.
 int CommandeReleveDroits(const OptionsLigne& options, const char* usage);
+
+// Every zl3-stats report: the file named by --out (none: nothing to do), given the format's
+// extension in `cible` and checked before anything is read. An exit code when the run must stop:
+// 2 (after `usage`) for a name that can never be written, 1 for an existing file kept.
+std::optional<int> ControlerCible(const OptionsLigne& options, const std::string& format,
+                                  std::string& cible, const char* usage);
 
 }  // namespace zl3

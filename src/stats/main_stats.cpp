@@ -83,7 +83,8 @@ int Usage(const std::string& message) {
 
 int main(int argc, char** argv) {
     using namespace zl3;
-    OptionsLigne options({"root", "base", "station", "report", "from", "to", "format", "out", "month", "regime", "half"},
+    OptionsLigne options({"root", "base", "station", "report", "from", "to", "format", "out",
+                          "month", "regime", "half"},
                          {"summary", "help", "versions", "overwrite"});
     if (!options.Analyse(argc, argv)) return Usage(options.Erreur());
     if (!options.Arguments().empty()) return Usage("argument inattendu: " + options.Arguments()[0]);
@@ -148,22 +149,8 @@ int main(int argc, char** argv) {
     // The output file is checked before anything is read: a name that can never be written
     // is a usage error, an existing file kept ends the run before the search.
     std::string cible;
-    if (const auto out = options.Valeur("out"); out && !options.A("summary")) {
-        cible = *out;
-        // The name as given must name a file before the extension is added.
-        if (const ControleCible brut = ControleCibleSortie(cible, true); !brut.Accepte())
-            return Usage(brut.message);
-        if (format == "xls") cible = AvecExtension(cible, FormatExport::Xls);
-        if (format == "xml") cible = AvecExtension(cible, FormatExport::Xml);
-        if (format == "xlsx") cible = AvecExtension(cible, FormatExport::Xlsx);
-        if (format == "pdf") cible = AvecExtensionPdf(cible);
-        const ControleCible controle = ControleCibleSortie(cible, options.A("overwrite"));
-        if (controle.verdict == VerdictCible::Gardee) {
-            std::fprintf(stderr, "zl3-stats: %s\n", controle.message.c_str());
-            return 1;
-        }
-        if (!controle.Accepte()) return Usage(controle.message);
-    }
+    if (!options.A("summary"))
+        if (const auto code = ControlerCible(options, format, cible, kUsage)) return *code;
 
     if (!sys::FolderExists(*root)) {
         std::fprintf(stderr, "zl3-stats: dossier racine introuvable: %s\n", root->c_str());
@@ -262,9 +249,9 @@ int main(int argc, char** argv) {
 
     Grid& grille = GrilleDuRapport(musique, publicite, *rapport);
     if (format == "pdf") {
-        const std::string libStation =
-            st <= static_cast<int>(b.stations.size()) ? b.stations[static_cast<size_t>(st - 1)].lib
-                                                       : std::string();
+        const std::string libStation = st <= static_cast<int>(b.stations.size())
+                                           ? b.stations[static_cast<size_t>(st - 1)].lib
+                                           : std::string();
         SystemClock horloge;
         const ResultatEcriture r =
             ImprimeRapportPdf(grille, *rapport, *debut, *fin, b.lib, libStation, horloge.Now(),
