@@ -20,6 +20,7 @@ PACKAGES=(
     wine wine64               # runs the Windows test programs
     dpkg-dev                  # apt-get source
     tcl                       # SQLite's build makes its one-file source with tclsh
+    libz-mingw-w64-dev        # zlib for Windows: libxlsxwriter's .xlsx files are zip archives
     cmake ninja-build
 )
 
@@ -101,8 +102,60 @@ build_gtest() {
     cmake --install "$bld" >/dev/null
 }
 
+# A Debian source package unpacked once into <cache>/src/<name>/tree.
+unpack_source() {
+    local name=$1 src="$CACHE/src/$1"
+    if [ ! -d "$src/tree" ]; then
+        rm -rf "$src" && mkdir -p "$src"
+        (cd "$src" && apt-get source --download-only "$name" >/dev/null 2>&1 &&
+            dpkg-source -x "$name"_*.dsc tree >/dev/null 2>&1) || {
+            echo "windows: the source of $name cannot be had from the mirror" >&2
+            rm -rf "$src"
+            return 1
+        }
+    fi
+}
+
+# libcurl (FTP and FTPS through Windows' own TLS, Schannel) from Debian's curl source, static.
+# No CA bundle path is compiled in: Schannel checks certificates against the Windows store.
+build_curl() {
+    local triplet=$1 out="$CACHE/$1"
+    [ -f "$out/lib/libcurl.a" ] && [ -f "$out/lib/cmake/CURL/CURLConfig.cmake" ] && return 0
+    echo "windows: libcurl for $triplet"
+    unpack_source curl
+    local bld="$CACHE/src/curl-$triplet"
+    rm -rf "$bld"
+    cmake -S "$CACHE/src/curl/tree" -B "$bld" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_TOOLCHAIN_FILE="$HERE/cmake/mingw-$triplet.cmake" \
+        -DCMAKE_INSTALL_PREFIX="$out" -DCMAKE_INSTALL_LIBDIR=lib -DBUILD_SHARED_LIBS=OFF \
+        -DBUILD_CURL_EXE=OFF -DBUILD_TESTING=OFF -DENABLE_MANUAL=OFF -DCURL_USE_SCHANNEL=ON \
+        -DCURL_USE_OPENSSL=OFF -DCURL_USE_LIBSSH2=OFF -DUSE_LIBIDN2=OFF -DUSE_NGHTTP2=OFF \
+        -DCURL_ZLIB=OFF -DCURL_BROTLI=OFF -DCURL_ZSTD=OFF -DCURL_DISABLE_LDAP=ON \
+        -DCURL_CA_BUNDLE=none -DCURL_CA_PATH=none >/dev/null
+    cmake --build "$bld" >/dev/null
+    cmake --install "$bld" >/dev/null
+}
+
+# libxlsxwriter from Debian's source, static, with MinGW's zlib.
+build_xlsxwriter() {
+    local triplet=$1 out="$CACHE/$1"
+    [ -f "$out/lib/libxlsxwriter.a" ] && [ -f "$out/lib/pkgconfig/xlsxwriter.pc" ] && return 0
+    echo "windows: libxlsxwriter for $triplet"
+    unpack_source libxlsxwriter
+    local bld="$CACHE/src/libxlsxwriter-$triplet"
+    rm -rf "$bld"
+    cmake -S "$CACHE/src/libxlsxwriter/tree" -B "$bld" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_TOOLCHAIN_FILE="$HERE/cmake/mingw-$triplet.cmake" \
+        -DCMAKE_INSTALL_PREFIX="$out" -DCMAKE_INSTALL_LIBDIR=lib -DBUILD_SHARED_LIBS=OFF >/dev/null
+    cmake --build "$bld" >/dev/null
+    cmake --install "$bld" >/dev/null
+}
+
 HERE="$(cd "$(dirname "$0")/.." && pwd)"
 build_sqlite x86_64-w64-mingw32
 build_gtest x86_64-w64-mingw32
+# The writers and the FTP client (the 32-bit build makes only WBTRV32.DLL and its test).
+build_curl x86_64-w64-mingw32
+build_xlsxwriter x86_64-w64-mingw32
 build_sqlite i686-w64-mingw32
 build_gtest i686-w64-mingw32

@@ -23,7 +23,7 @@ const char* kDefautConfig = "C:\\Quorvane\\Zelvar\\Config\\";
 // application folder, as the suite's programs, started from there, have always found it.
 std::string Dossier(const std::string& valeur) {
     std::string natif = sys::NativePath(valeur);
-    if (!natif.empty() && fs::path(natif).is_relative()) natif = sys::DossierApplication() + natif;
+    if (!natif.empty() && sys::CheminFs(natif).is_relative()) natif = sys::DossierApplication() + natif;
     return sys::WithTrailingSep(natif);
 }
 
@@ -144,7 +144,7 @@ bool DetermineDossierConfig() {
     try {
         // 1. Windows folder, Win.ini, the folder of the tool's copy.
         PrepareChemins();
-        sys::CheckRep(fs::path(c.fichierConfig).parent_path().string());
+        sys::CheckRep(sys::TexteChemin(sys::CheminFs(c.fichierConfig).parent_path()));
         TraceLog("Win.ini: " + c.fichierWinIni);
 
         // 2. Local or network configuration folder.

@@ -54,10 +54,13 @@ std::string ExecutableFolder() {
 #endif
 }
 
+#ifndef _WIN32
+// Off Windows without a machine root: the suite lives under the user's home.
 std::string HomeRoot() {
     const char* home = std::getenv("HOME");
     return WithTrailingSep(std::string(home && *home ? home : "/tmp") + "/.zelvar");
 }
+#endif
 
 // A suite path mapped under `root` (native, with its trailing separator): drive letter and
 // "UNC" folders, separators made native, doubled separators collapsed.
@@ -117,6 +120,30 @@ fs::path CheminFs(const std::string& utf8) {
 std::string TexteChemin(const fs::path& path) {
     const std::u8string u = path.u8string();
     return std::string(reinterpret_cast<const char*>(u.data()), u.size());
+}
+
+ArgumentsUtf8::ArgumentsUtf8(int argc, char** argv) {
+#ifdef _WIN32
+    int n = 0;
+    wchar_t** w = CommandLineToArgvW(GetCommandLineW(), &n);
+    if (w) {
+        for (int i = 0; i < n; ++i) {
+            const int taille = WideCharToMultiByte(CP_UTF8, 0, w[i], -1, nullptr, 0, nullptr, nullptr);
+            std::string t(taille > 0 ? static_cast<size_t>(taille - 1) : 0, '\0');
+            if (taille > 1)
+                WideCharToMultiByte(CP_UTF8, 0, w[i], -1, t.data(), taille, nullptr, nullptr);
+            textes_.push_back(std::move(t));
+        }
+        LocalFree(w);
+    } else {
+        textes_.assign(argv, argv + argc);
+    }
+#else
+    textes_.assign(argv, argv + argc);
+#endif
+    for (std::string& t : textes_)
+        pointeurs_.push_back(t.data());
+    pointeurs_.push_back(nullptr);
 }
 
 char Sep() {

@@ -19,6 +19,7 @@
 #include <ctime>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace zl3::sys {
 
@@ -26,6 +27,21 @@ namespace zl3::sys {
 // Windows, where narrow text would be read in the ANSI code page) and back.
 std::filesystem::path CheminFs(const std::string& utf8);
 std::string TexteChemin(const std::filesystem::path& path);
+
+// A program's arguments as UTF-8 text: argv itself off Windows; on Windows the wide command line
+// (GetCommandLineW), since argv there is in the ANSI code page, which cannot hold every file
+// name. `Argc()`/`Argv()` replace main's own; they live as long as this object.
+class ArgumentsUtf8 {
+  public:
+    ArgumentsUtf8(int argc, char** argv);
+    int Argc() const { return static_cast<int>(textes_.size()); }
+    char** Argv() { return pointeurs_.data(); }
+    const std::vector<std::string>& Textes() const { return textes_; }
+
+  private:
+    std::vector<std::string> textes_;
+    std::vector<char*> pointeurs_;  // into textes_, then a null pointer as argv ends
+};
 
 // The native folder separator ("\" on Windows, "/" elsewhere).
 char Sep();

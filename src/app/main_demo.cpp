@@ -53,6 +53,9 @@ void AfficherBilan(const zl3::demo::BilanBase& bilan, const std::string& dossier
 }  // namespace
 
 int main(int argc, char** argv) {
+    zl3::sys::ArgumentsUtf8 utf8(argc, argv);  // file names outside ASCII, on Windows too
+    argc = utf8.Argc();
+    argv = utf8.Argv();
     zl3::demo::OptionsDemo options;
     std::string message;
     switch (zl3::demo::AnalyserOptionsDemo(argc, argv, Aujourdhui(), options, message)) {

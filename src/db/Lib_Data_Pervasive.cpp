@@ -457,7 +457,7 @@ void FichierPervasiveOuvrir(int source, int premiereStation, int derniereStation
 
 int16_t CreerFichierVide(const std::string& chemin) {
     TraceProc(std::string(kModule) + "CreerFichierVide");
-    const std::string nom = std::filesystem::path(chemin).stem().string();
+    const std::string nom = sys::TexteChemin(sys::CheminFs(chemin).stem());
     int fichier = -1;
     if (nom.size() == 7 && nom.compare(0, 4, "FRAD") == 0 && std::isdigit(nom[5]) &&
         std::isdigit(nom[6]))

@@ -14,10 +14,12 @@ int main(int argc, char** argv) {
     app.setApplicationName("ZL3_Tools_Stats");
     app.setQuitOnLastWindowClosed(false);  // the notification-area icon keeps the tool running
 
-    // The whole command line, as the suite passes it.
+    // The whole command line, as the suite passes it (Qt reads Windows' wide command line, so
+    // names outside the ANSI code page arrive whole).
     std::string ligne;
-    for (int i = 1; i < argc; ++i)
-        ligne += (i > 1 ? " " : "") + std::string(argv[i]);
+    const QStringList arguments = QCoreApplication::arguments();
+    for (qsizetype i = 1; i < arguments.size(); ++i)
+        ligne += (i > 1 ? " " : "") + arguments[i].toStdString();
 
     zl3::SystemClock horloge;
     zl3::SystemShell shell;

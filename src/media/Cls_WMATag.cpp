@@ -188,7 +188,7 @@ bool Cls_WMATag::ReadWMATags() {
     tags_.clear();
     octetsTags_ = 0;
     if (filename_.empty()) return false;
-    const fs::path path(sys::NativePath(filename_));
+    const fs::path path = sys::CheminFs(sys::NativePath(filename_));
     std::error_code ec;
     const fs::file_status status = fs::status(path, ec);
     if (!fs::exists(status)) {

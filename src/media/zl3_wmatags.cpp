@@ -38,7 +38,7 @@ std::string SurUneLigne(std::string text) {
 // Why a file gave no header: it is missing, it is not a readable file, or it is not ASF.
 std::string RaisonEchec(const std::string& fichier) {
     std::error_code ec;
-    const fs::path path(zl3::sys::NativePath(fichier));
+    const fs::path path = zl3::sys::CheminFs(zl3::sys::NativePath(fichier));
     if (!fs::exists(path, ec)) return "Fichier introuvable: ";
     if (!fs::is_regular_file(path, ec)) return "Fichier illisible: ";
     return "En-tête ASF absent: ";
@@ -59,6 +59,9 @@ void SignaleErreursDeLecture(const std::string& fichier) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    zl3::sys::ArgumentsUtf8 utf8(argc, argv);  // file names outside ASCII, on Windows too
+    argc = utf8.Argc();
+    argv = utf8.Argv();
     std::vector<std::string> fichiers;
     bool options = true;
     for (int i = 1; i < argc; ++i) {

@@ -10,6 +10,7 @@
 #include "Lib_Data_Pervasive_2.h"
 #include "Lib_Public.h"
 #include "Lib_Stats.h"
+#include "Lib_Systeme.h"
 #include "Services.h"
 
 namespace zl3 {
@@ -22,9 +23,9 @@ std::string FichierDuMorceau(const std::vector<std::string>& dossiers, const std
     namespace fs = std::filesystem;
     for (const std::string& d : dossiers)
         for (const char* ext : {".wma", ".WMA", ".Wma"}) {
-            const fs::path p = fs::path(d) / (cle + ext);
+            const fs::path p = sys::CheminFs(d) / sys::CheminFs(cle + ext);
             std::error_code ec;
-            if (fs::is_regular_file(p, ec)) return p.string();
+            if (fs::is_regular_file(p, ec)) return sys::TexteChemin(p);
         }
     return {};
 }

@@ -82,6 +82,9 @@ int Usage(const std::string& message) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    zl3::sys::ArgumentsUtf8 utf8(argc, argv);  // file names outside ASCII, on Windows too
+    argc = utf8.Argc();
+    argv = utf8.Argv();
     using namespace zl3;
     OptionsLigne options({"root", "base", "station", "report", "from", "to", "format", "out",
                           "month", "regime", "half"},

@@ -52,7 +52,10 @@ std::optional<DateTime> TempsMlsd(const std::string& v) {
     if (!IsValidDate(tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday) || tm.tm_hour > 23 ||
         tm.tm_min > 59 || tm.tm_sec > 60)
         return std::nullopt;
-    const time_t t = timegm(&tm);
+    // Seconds since 1970 of that UTC time, computed here: timegm is not in every C runtime.
+    const time_t t = static_cast<time_t>(
+        DaysFromCivil(tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday) * 86400 + tm.tm_hour * 3600 +
+        tm.tm_min * 60 + tm.tm_sec);
     std::tm local{};
     if (!sys::HeureLocale(t, local)) return std::nullopt;
     return DateTime{local.tm_year + 1900,

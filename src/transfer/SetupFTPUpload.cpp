@@ -142,7 +142,8 @@ void LogiqueSetupFTPUpload::CommandFTP_Click(int index, int ligne) {
                 RafraichirListeView();
                 if (Erreur()) break;
             }
-            const std::string fichier = std::filesystem::path(Trim(TxtFichier)).filename().string();
+            const std::string fichier =
+                sys::TexteChemin(sys::CheminFs(Trim(TxtFichier)).filename());
             const int64_t debut = Svc().clock->Stopwatch();
             int64_t taille = 0;
             if (!ftp_.FTPUploadFile(TxtFichier, fichier, taille)) {

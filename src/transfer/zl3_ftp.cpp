@@ -42,6 +42,9 @@ int Echec(const std::string& message) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    zl3::sys::ArgumentsUtf8 utf8(argc, argv);  // file names outside ASCII, on Windows too
+    argc = utf8.Argc();
+    argv = utf8.Argv();
     using namespace zl3;
     OptionsLigne options(
         {"server", "user", "password", "list", "put", "dir", "download", "local", "timeout"},
@@ -125,7 +128,7 @@ int main(int argc, char** argv) {
     const std::string local = *options.Valeur("put");
     if (!sys::FileExists(local)) return Echec("fichier local introuvable: " + local);
     int64_t taille = 0;
-    const std::string nom = std::filesystem::path(local).filename().string();
+    const std::string nom = sys::TexteChemin(sys::CheminFs(local).filename());
     if (!ftp.FTPUploadFile(local, nom, taille)) return Echec(ftp.GetLastErrorMessage());
     std::printf("%s: %lld octets envoyés\n", nom.c_str(), static_cast<long long>(taille));
     return 0;

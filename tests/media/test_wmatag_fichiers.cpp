@@ -27,6 +27,7 @@
 #include "Cls_WMATag.h"
 #include "Processus.h"
 #include "Lib_Public.h"
+#include "Lib_Systeme.h"
 
 #ifndef _WIN32
 extern char** environ;
@@ -291,12 +292,13 @@ TEST_F(WmaTagFichiers, CommandOutputAndExitCodes) {
     const std::string simple = Chemin("simple.wma").string();
     const std::string texte = Chemin("texte.txt").string();
     const std::string absent = Chemin("absent.wma").string();
-    const std::string lignes = Chemin("lignes.wma").string();
+    // A name outside ASCII reaches the program whole (on Windows through the wide command line).
+    const std::string lignes = sys::TexteChemin(Chemin("")) + "lignes \xC3\xA9t\xC3\xA9.wma";
     const std::string tronque = Chemin("tronque.wma").string();
     Ecrit(texte, "pas un fichier ASF\n");
     const asf::Octets paroles =
         asf::Fichier({asf::DescriptionEtendue({asf::Texte(u"WM/Lyrics", u"Ligne 1\r\nLigne 2")})});
-    Ecrit(lignes, std::string(paroles.begin(), paroles.end()));
+    Ecrit(sys::CheminFs(lignes), std::string(paroles.begin(), paroles.end()));
     Ecrit(tronque, std::string(paroles.begin(), paroles.begin() + 70));
     const std::string exe = ZL3_WMATAGS_EXE;
 

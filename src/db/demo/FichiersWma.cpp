@@ -6,6 +6,7 @@
 #include "DateTime.h"
 #include "Ecriture.h"
 #include "Hasard.h"
+#include "Lib_Systeme.h"
 #include "Utf8.h"
 #include "Vocabulaire.h"
 
@@ -156,11 +157,11 @@ BilanWma EcrireFichiersWmaDemo(const BibliothequeDemo& b, const std::string& dos
         if (manque != 2) t.etendus.emplace_back("WM/Writer", auteurs);
         if (manque != 3) t.etendus.emplace_back("WM/ISRC", isrc);
         t.etendus.emplace_back("WM/Publisher", editeur);
-        const std::string chemin = (fs::path(dossier) / (m.cle + ".wma")).string();
+        const fs::path chemin = sys::CheminFs(dossier) / sys::CheminFs(m.cle + ".wma");
         std::ofstream out(chemin, std::ios::binary | std::ios::trunc);
         const std::string octets = FichierAsf(t);
         out.write(octets.data(), static_cast<std::streamsize>(octets.size()));
-        if (!out) throw ErreurDemo("Impossible d'écrire " + chemin);
+        if (!out) throw ErreurDemo("Impossible d'écrire " + sys::TexteChemin(chemin));
         ++bilan.fichiers;
         if (manque) ++bilan.incomplets;
     }

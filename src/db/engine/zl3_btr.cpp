@@ -10,6 +10,7 @@
 #include "KeyLayout.h"
 #include "Lib_Data_Pervasive_2_Catalogue.h"
 #include "Maintenance.h"
+#include "Lib_Systeme.h"
 
 namespace {
 
@@ -222,6 +223,9 @@ int Check(const std::vector<std::string>& args) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    zl3::sys::ArgumentsUtf8 utf8(argc, argv);  // file names outside ASCII, on Windows too
+    argc = utf8.Argc();
+    argv = utf8.Argv();
     std::vector<std::string> args(argv + 1, argv + argc);
     if (args.empty()) return Usage("no command");
     const std::string command = args.front();

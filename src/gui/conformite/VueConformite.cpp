@@ -1,17 +1,21 @@
 #include "VueConformite.h"
 
+#if ZL3_QT_CHARTS
 #include <QChart>
 #include <QChartView>
+#include <QLineSeries>
+#include <QValueAxis>
+#else
+#include <QPainter>
+#endif
 #include <QComboBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QLineSeries>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QTableWidget>
-#include <QValueAxis>
 #include <QVBoxLayout>
 
 #include "Etat.h"
@@ -20,6 +24,7 @@
 #include "Lib_Messages.h"
 #include "Lib_Public.h"
 #include "Lib_Systeme.h"
+#include "PeintrePrimitives.h"
 #include "Services.h"
 
 namespace zl3::gui {
@@ -27,10 +32,6 @@ namespace {
 
 QString Q(const std::string& s) {
     return QString::fromStdString(s);
-}
-
-QColor Couleur(uint32_t rgb) {
-    return QColor((rgb >> 16) & 0xFF, (rgb >> 8) & 0xFF, rgb & 0xFF);
 }
 
 QString Part(long long n, long long base) {
@@ -129,11 +130,15 @@ VueConformite::VueConformite(QWidget* parent) : QWidget(parent) {
     dixTitres_ = Tableau("TableDixTitres",
                          {QStringLiteral("Règle des dix titres"), QStringLiteral("Passages"),
                           QStringLiteral("Retirés")});
+#if ZL3_QT_CHARTS
     auto* chart = new QChart;
     chart->legend()->setAlignment(Qt::AlignBottom);
     graphique_ = new QChartView(chart);
-    graphique_->setObjectName("GraphiqueConformite");
     graphique_->setRenderHint(QPainter::Antialiasing);
+#else
+    graphique_ = new GraphiqueDessine;
+#endif
+    graphique_->setObjectName("GraphiqueConformite");
     graphique_->setMinimumHeight(220);
     bas->addWidget(criteres_, 0, 0);
     bas->addWidget(dixTitres_, 1, 0);
@@ -279,6 +284,7 @@ void VueConformite::Afficher() {
 
     // The chart: the same series as the print.
     const SerieConformite s = SerieDuVerdict(v);
+#if ZL3_QT_CHARTS
     QChart* chart = graphique_->chart();
     chart->removeAllSeries();
     // The chart deletes its series, but hands a removed axis back to the caller.
@@ -289,15 +295,15 @@ void VueConformite::Afficher() {
     chart->setTitle(Q(s.titre));
     auto* jours = new QLineSeries;
     jours->setName(QStringLiteral("Part francophone du jour"));
-    jours->setColor(Couleur(kCouleurPartJour));
+    jours->setColor(CouleurRgb(kCouleurPartJour));
     auto* cumul = new QLineSeries;
     cumul->setName(QStringLiteral("Part cumulée du mois"));
-    QPen pen(Couleur(kCouleurCumul));
+    QPen pen(CouleurRgb(kCouleurCumul));
     pen.setWidthF(2.5);
     cumul->setPen(pen);
     auto* seuil = new QLineSeries;
     seuil->setName(QStringLiteral("Seuil %1 %").arg(s.seuil));
-    seuil->setColor(Couleur(kCouleurSeuil));
+    seuil->setColor(CouleurRgb(kCouleurSeuil));
     for (size_t i = 0; i < s.jours.size(); ++i) {
         const double x = static_cast<double>(i + 1);
         if (s.parts[i]) jours->append(x, *s.parts[i]);
@@ -322,6 +328,9 @@ void VueConformite::Afficher() {
         l->attachAxis(ax);
         l->attachAxis(ay);
     }
+#else
+    graphique_->Montrer(s);
+#endif
 }
 
 void VueConformite::ImprimerPdf() {
@@ -346,5 +355,29 @@ void VueConformite::ImprimerPdf() {
         AffMsg("Erreur lors de l'export du fichier " + chemin, kTitreApplication,
                kMbOk | kMbExclamation);
 }
+
+#if !ZL3_QT_CHARTS
+GraphiqueDessine::GraphiqueDessine(QWidget* parent) : QWidget(parent) {
+    setAutoFillBackground(true);
+    QPalette fond = palette();
+    fond.setColor(QPalette::Window, Qt::white);
+    setPalette(fond);
+}
+
+void GraphiqueDessine::Montrer(SerieConformite serie) {
+    serie_ = std::move(serie);
+    update();
+}
+
+void GraphiqueDessine::paintEvent(QPaintEvent*) {
+    if (!serie_) return;
+    QPainter p(this);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setRenderHint(QPainter::TextAntialiasing);
+    // One layout point per pixel of the widget, with a small margin.
+    const Cadre cadre{6, 6, std::max(0, width() - 12) * 1.0, std::max(0, height() - 12) * 1.0};
+    PeindrePrimitives(p, DessineGraphiqueConformite(*serie_, cadre), 1.0, this);
+}
+#endif
 
 }  // namespace zl3::gui

@@ -2,7 +2,8 @@
 // regime, the button "Juger", and on one screen the verdict, its criteria with their margins, the
 // titles the ten-title rule cut, the French-language plays a month in progress still needs, the
 // source of the counts, and the chart of the daily band shares against the threshold with the
-// month's running share (Qt Charts). "PDF..." prints the verdict with the same chart. The regime
+// month's running share (Qt Charts where the build has it; otherwise the printed chart's own
+// drawing, see GraphiqueDessine). "PDF..." prints the verdict with the same chart. The regime
 // offered is the station's own (RegimeStation); the regime judged becomes the station's.
 #pragma once
 
@@ -12,14 +13,36 @@
 #include <optional>
 
 #include "Conformite.h"
+#include "GraphiqueConformite.h"
 
+#if ZL3_QT_CHARTS
 class QChartView;
+#endif
 class QComboBox;
 class QLabel;
 class QPushButton;
 class QTableWidget;
 
 namespace zl3::gui {
+
+#if ZL3_QT_CHARTS
+using VueGraphique = QChartView;
+#else
+// The chart drawn from the print layout's primitives (DessineGraphiqueConformite), for builds
+// without Qt Charts (the Windows build from Debian's sources has no Qt Charts).
+class GraphiqueDessine : public QWidget {
+  public:
+    explicit GraphiqueDessine(QWidget* parent = nullptr);
+    void Montrer(SerieConformite serie);
+
+  protected:
+    void paintEvent(QPaintEvent* e) override;
+
+  private:
+    std::optional<SerieConformite> serie_;
+};
+using VueGraphique = GraphiqueDessine;
+#endif
 
 class VueConformite : public QWidget {
     Q_OBJECT
@@ -43,7 +66,7 @@ class VueConformite : public QWidget {
     void ImprimerPdf();
 
     const std::optional<VerdictConformite>& Verdict() const { return verdict_; }
-    QChartView* Graphique() const { return graphique_; }
+    VueGraphique* Graphique() const { return graphique_; }
 
   private:
     void Afficher();
@@ -58,7 +81,7 @@ class VueConformite : public QWidget {
     QLabel* source_ = nullptr;
     QTableWidget* criteres_ = nullptr;
     QTableWidget* dixTitres_ = nullptr;
-    QChartView* graphique_ = nullptr;
+    VueGraphique* graphique_ = nullptr;
     std::optional<VerdictConformite> verdict_;
     bool regimeChoisi_ = false;  // the user picked a regime since the last judgement
 };

@@ -1,7 +1,6 @@
 #include "CommandesSortie.h"
 
 #include <QAction>
-#include <QFontMetricsF>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
@@ -16,14 +15,11 @@
 #include "Lib_Messages.h"
 #include "Lib_Public.h"
 #include "Lib_Settings.h"
+#include "PeintrePrimitives.h"
 #include "Services.h"
 
 namespace zl3::gui {
 namespace {
-
-QColor Couleur(uint32_t rgb) {
-    return QColor((rgb >> 16) & 0xFF, (rgb >> 8) & 0xFF, rgb & 0xFF);
-}
 
 // Export folder and format of the settings: XML goes to its own folder.
 ReglagesExport LitReglagesExport() {
@@ -72,35 +68,7 @@ void PeindreImpression(QPrinter& printer, const Impression& impression) {
         // Points to the printer's pixels, from the sheet as the printer reports it.
         const QRectF feuille = printer.paperRect(QPrinter::DevicePixel);
         const double k = page.largeur > 0 ? feuille.width() / page.largeur : 1.0;
-        auto cadre = [k](const Cadre& c) {
-            return QRectF(c.x * k, c.y * k, c.largeur * k, c.hauteur * k);
-        };
-        for (const Primitive& prim : page.primitives)
-            if (const auto* f = std::get_if<FondDessine>(&prim))
-                p.fillRect(cadre(f->cadre), Couleur(f->couleur));
-        for (const Primitive& prim : page.primitives) {
-            if (const auto* t = std::get_if<TraitDessine>(&prim)) {
-                p.setPen(QPen(Couleur(t->couleur), t->epaisseur * k));
-                p.drawLine(QLineF(t->x1 * k, t->y1 * k, t->x2 * k, t->y2 * k));
-            } else if (const auto* x = std::get_if<TexteDessine>(&prim)) {
-                const QString texte = QString::fromStdString(x->texte);
-                const QRectF r = cadre(x->cadre);
-                QFont police(QString::fromStdString(x->police.famille));
-                police.setPointSizeF(x->police.taille);
-                police.setBold(x->police.gras);
-                // The layout measured Arial; a machine without it (or a metric twin) draws a
-                // wider face: that text is made smaller until it fits its frame again.
-                const double largeur = QFontMetricsF(police, &printer).horizontalAdvance(texte);
-                if (largeur > r.width() && largeur > 0)
-                    police.setPointSizeF(x->police.taille * r.width() / largeur * 0.98);
-                p.setFont(police);
-                p.setPen(Qt::black);
-                const Qt::Alignment h = x->alignement == Alignement::Centre   ? Qt::AlignHCenter
-                                        : x->alignement == Alignement::Droite ? Qt::AlignRight
-                                                                              : Qt::AlignLeft;
-                p.drawText(r, h | Qt::AlignVCenter | Qt::TextSingleLine, texte);
-            }
-        }
+        PeindrePrimitives(p, page.primitives, k, &printer);
     }
     p.end();
 }
