@@ -31,6 +31,7 @@
 #include "Btrieve.h"
 #include "Lib_Data_Pervasive.h"
 #include "Lib_Data_Pervasive_2_Catalogue.h"
+#include "RecordForm.h"
 #include "Store.h"
 
 namespace {
@@ -225,8 +226,10 @@ long RawScan(const Fixture& f) {
     std::vector<uint8_t> rec(kTrackLength);
     long rows = 0;
     while (sqlite3_step(st) == SQLITE_ROW) {
-        std::memcpy(rec.data(), sqlite3_column_blob(st, 0),
-                    static_cast<size_t>(sqlite3_column_bytes(st, 0)));
+        if (!DecodeRecord(static_cast<const uint8_t*>(sqlite3_column_blob(st, 0)),
+                          static_cast<size_t>(sqlite3_column_bytes(st, 0)), rec.size(),
+                          rec.data()))
+            Fail("stored record", -1);
         ++rows;
     }
     sqlite3_finalize(st);

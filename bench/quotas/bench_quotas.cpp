@@ -38,6 +38,7 @@
 #include "Lib_Systeme.h"
 #include "Lib_Tableur.h"
 #include "Recherche.h"
+#include "RecordForm.h"
 #include "Services.h"
 #include "Store.h"
 #include "records/Layouts.h"
@@ -185,17 +186,16 @@ class Plancher {
         sqlite3_bind_blob(scan_, 2, haute.data(), 8, SQLITE_STATIC);
         std::string k = rec::HistoryKey("");
         while (sqlite3_step(scan_) == SQLITE_ROW) {
-            std::span<const uint8_t> t(static_cast<const uint8_t*>(sqlite3_column_blob(scan_, 0)),
-                                       static_cast<size_t>(sqlite3_column_bytes(scan_, 0)));
+            const std::span<const uint8_t> t = Decoder(scan_, rec::Morceau::kLayout, morceau_);
+            if (t.empty()) continue;
             const int classe = Classe(t);
             if (!classe) continue;
             std::copy_n(t.begin() + static_cast<std::ptrdiff_t>(rec::Morceau::CleMorceau.offset),
                         8, k.begin());
             sqlite3_bind_blob(get_, 1, k.data(), static_cast<int>(k.size()), SQLITE_STATIC);
-            if (sqlite3_step(get_) == SQLITE_ROW) {
-                std::span<const uint8_t> h(
-                    static_cast<const uint8_t*>(sqlite3_column_blob(get_, 0)),
-                    static_cast<size_t>(sqlite3_column_bytes(get_, 0)));
+            std::span<const uint8_t> h;
+            if (sqlite3_step(get_) == SQLITE_ROW &&
+                !(h = Decoder(get_, rec::HistoriqueDiffusion::kLayout, historiqueLu_)).empty()) {
                 const int n = rec::CappedPassageCount(h, std::string_view(k).substr(0, 3));
                 parMorceau(classe, h.data() + rec::HistoriqueDiffusion::Passages.offset, n);
             }
@@ -207,6 +207,17 @@ class Plancher {
     }
 
   private:
+    // The record of the current row rebuilt from its stored form, as the engine does; empty
+    // when the stored form is not a record of the file.
+    static std::span<const uint8_t> Decoder(sqlite3_stmt* st, const rec::Layout& l,
+                                            std::vector<uint8_t>& tampon) {
+        tampon.resize(l.BufferLength());
+        if (!btr::DecodeRecord(static_cast<const uint8_t*>(sqlite3_column_blob(st, 0)),
+                               static_cast<size_t>(sqlite3_column_bytes(st, 0)), l.recordLength,
+                               tampon.data()))
+            return {};
+        return {tampon.data(), l.recordLength};
+    }
     static void Ouvrir(const std::string& chemin, sqlite3*& db) {
         sqlite3_open_v2(chemin.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
         sqlite3_exec(db, btr::ConnectionPragmas().c_str(), nullptr, nullptr, nullptr);
@@ -215,6 +226,7 @@ class Plancher {
     sqlite3* historique_ = nullptr;
     sqlite3_stmt* scan_ = nullptr;
     sqlite3_stmt* get_ = nullptr;
+    std::vector<uint8_t> morceau_, historiqueLu_;
 };
 
 // The flat copy: per counted track, its class (1 byte), its entry count (2 bytes) and its

@@ -2,6 +2,7 @@
 // layouts by catalogue index. The catalogue is filled on first use, before any file is opened.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -21,10 +22,24 @@ inline bool Existe(int index) {
 inline uint32_t LongueurEnreg(int index) {
     return static_cast<uint32_t>(Entree(index).LongueurEnreg);
 }
-// Length of key `noCle` of file `index`; 0 when there is no such key.
+// Length of key `noCle` of file `index`; 0 when there is no such key. The call layer asks it
+// after every read: the catalogue never changes once filled, so the lengths are worked out once.
 inline int LongueurCle(int index, int noCle) {
-    Entree(index);
-    return DefinitionCleCatalogue(index, noCle).Longueur;
+    using Longueurs = std::array<std::array<int, kNbSegmentsCatalogue>, kNbFichiersCatalogue>;
+    static const Longueurs longueurs = [] {
+        Longueurs l{};
+        for (int f = 0; f < kNbFichiersCatalogue; ++f) {
+            Entree(f);
+            for (int k = 0; k < kNbSegmentsCatalogue; ++k)
+                l[static_cast<size_t>(f)][static_cast<size_t>(k)] =
+                    DefinitionCleCatalogue(f, k).Longueur;
+        }
+        return l;
+    }();
+    // A file has at most one key per segment.
+    if (index < 0 || index >= kNbFichiersCatalogue || noCle < 0 || noCle >= kNbSegmentsCatalogue)
+        return 0;
+    return longueurs[static_cast<size_t>(index)][static_cast<size_t>(noCle)];
 }
 inline std::string NomFichier(int index, int station0) {
     Entree(index);

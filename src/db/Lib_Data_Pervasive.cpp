@@ -140,12 +140,12 @@ void NormalisationsHistoriques(int fichier) {
             r[264] = 'O';
         if (r[145] != '0') r[145] = ' ';
     } else if (fichier == 22 && r.size() > 856) {
-        const std::string champ(reinterpret_cast<const char*>(&r[465]), 2);
-        const std::string t = Trim(champ);
-        bool zero = !t.empty();
-        for (char c : t)
-            if (c != '0') zero = false;
-        if (t.empty() || zero) {  // a blank field reads as 0, as the suite's Val() does
+        // A two-byte field is blank or zero when each byte is a blank (as Trim drops them) or
+        // '0': a blank field reads as 0, as the suite's Val() does.
+        const auto blancOuZero = [](uint8_t c) {
+            return c == '0' || c == ' ' || c == '\t' || c == '\r' || c == '\n';
+        };
+        if (blancOuZero(r[465]) && blancOuZero(r[466])) {
             r[465] = '0';
             r[466] = '0';
         }

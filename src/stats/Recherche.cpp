@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <set>
 #include <unordered_map>
 #include <vector>
@@ -81,7 +82,7 @@ class PeriodePassages {
 
 // The three running totals of the advertising lines (client, message, line: columns 8 to 10),
 // kept as integers while the walk runs and written as the cells' texts (a total never counted
-// stays empty).
+// stays empty). Only the totals counted since the last writing are written again.
 class ComptesPub {
   public:
     explicit ComptesPub(Grid& grille) : grille_(grille) {}
@@ -91,20 +92,20 @@ class ComptesPub {
             comptes_.resize(static_cast<size_t>(row) + 1);
             sale_.resize(comptes_.size());
         }
-        ++comptes_[static_cast<size_t>(row)][static_cast<size_t>(col - kPubTotalClient)];
-        if (!sale_[static_cast<size_t>(row)]) {
-            sale_[static_cast<size_t>(row)] = 1;
-            sales_.push_back(row);
+        const auto i = static_cast<size_t>(col - kPubTotalClient);
+        ++comptes_[static_cast<size_t>(row)][i];
+        char& sale = sale_[static_cast<size_t>(row)][i];
+        if (!sale) {
+            sale = 1;
+            sales_.emplace_back(row, static_cast<int>(i));
         }
     }
     void Ecrire() {
-        for (const int row : sales_) {
-            const auto& c = comptes_[static_cast<size_t>(row)];
-            for (size_t i = 0; i < c.size(); ++i)
-                if (c[i] != 0)
-                    grille_.SetText(kPubTotalClient + static_cast<int>(i), row,
-                                    std::to_string(c[i]));
-            sale_[static_cast<size_t>(row)] = 0;
+        for (const auto& [row, i] : sales_) {
+            grille_.SetText(
+                kPubTotalClient + i, row,
+                std::to_string(comptes_[static_cast<size_t>(row)][static_cast<size_t>(i)]));
+            sale_[static_cast<size_t>(row)][static_cast<size_t>(i)] = 0;
         }
         sales_.clear();
     }
@@ -112,8 +113,8 @@ class ComptesPub {
   private:
     Grid& grille_;
     std::vector<std::array<long long, 3>> comptes_;
-    std::vector<char> sale_;
-    std::vector<int> sales_;
+    std::vector<std::array<char, 3>> sale_;
+    std::vector<std::pair<int, int>> sales_;  // row, total
 };
 
 // The counts of the Quotas grid's day rows, kept as integers while the walk runs and written as
@@ -640,26 +641,26 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
         ~AvantAttente() { f = nullptr; }
     } avantAttente{avantAttente_};
     avantAttente_ = [&totaux] { totaux.Ecrire(); };
-    std::string cle = FormatYYYYMMDD(p.debut) + "000000";
-    int16_t op = kBtrGetGreaterOrEqual;
-    for (;;) {
-        BTRieve(p.source, op, cle, 0, kFichierLogPub, p.station, kOrigine);
-        op = kBtrGetNext;
-        if (StatutBTrieve == 9 || StatutBTrieve == 4) break;
-        if (StatutBTrieve != 0) {
-            ErreurBTrieve(p.source, kFichierLogPub, cle, kOrigine, p.station);
-            break;
-        }
-        if (cle.substr(0, lp::Cle.length) > cleFin) break;
-        ++bilan_.enregistrementsLus;
-        Attendre(kFichierLogPub);
-        if (arret_) break;
-
-        auto log = TamponEnreg(kFichierLogPub);
+    // What the bytes of a log record's line fields give: its line (created when new), or
+    // nothing for a record without a client; and the client field as it is stored back.
+    struct LigneBrute {
+        bool ignoree = false;
+        int ligne = 0, message = 0, clientLigne = 0;
+        std::array<uint8_t, lp::CodeClient.length> client{};
+    };
+    std::unordered_map<std::string, LigneBrute> parBrut;
+    std::string brut;
+    const auto LigneDesOctets = [&](std::span<uint8_t> log) {
+        LigneBrute r;
         const IdentiteLignePub ligne = IdentiteDiffusionPub(log);
         const std::string& client = ligne.client;
         rec::SetText(log, lp::CodeClient, client);
-        if (client.empty()) continue;
+        std::copy_n(log.begin() + static_cast<std::ptrdiff_t>(lp::CodeClient.offset),
+                    lp::CodeClient.length, r.client.begin());
+        if (client.empty()) {
+            r.ignoree = true;
+            return r;
+        }
         const std::string& zone = ligne.zone;
         const std::string& colMessage = ligne.message;
 
@@ -704,6 +705,49 @@ void RechercheStats::RecherchePublicite(const ParametresRecherche& p) {
             premiereLigneMessage.emplace(cleMessageLigne, rowMessage);
             premiereLigneClient.emplace(client, rowClient);
         }
+        r.ligne = trouve;
+        r.message = rowMessage;
+        r.clientLigne = rowClient;
+        return r;
+    };
+    std::string cle = FormatYYYYMMDD(p.debut) + "000000";
+    int16_t op = kBtrGetGreaterOrEqual;
+    for (;;) {
+        BTRieve(p.source, op, cle, 0, kFichierLogPub, p.station, kOrigine);
+        op = kBtrGetNext;
+        if (StatutBTrieve == 9 || StatutBTrieve == 4) break;
+        if (StatutBTrieve != 0) {
+            ErreurBTrieve(p.source, kFichierLogPub, cle, kOrigine, p.station);
+            break;
+        }
+        if (cle.compare(0, lp::Cle.length, cleFin) > 0) break;
+        ++bilan_.enregistrementsLus;
+        Attendre(kFichierLogPub);
+        if (arret_) break;
+
+        auto log = TamponEnreg(kFichierLogPub);
+        // The line of a record depends only on the bytes of its client, commercial, message
+        // and zone fields: records with bytes met before take the line found then, and the texts
+        // are built only for bytes not met yet.
+        const bool brutLisible = log.size() >= lp::Reference.End();
+        if (brutLisible) {
+            const char* d = reinterpret_cast<const char*>(log.data());
+            brut.assign(d + lp::CodeClient.offset, lp::CleMessage.End() - lp::CodeClient.offset);
+            brut.append(d + lp::Reference.offset, lp::Reference.length);
+        }
+        const auto itBrut = brutLisible ? parBrut.find(brut) : parBrut.end();
+        const LigneBrute* connue = itBrut != parBrut.end() ? &itBrut->second : nullptr;
+        LigneBrute nouvelle;
+        if (!connue) {
+            nouvelle = LigneDesOctets(log);
+            connue = brutLisible ? &parBrut.emplace(brut, nouvelle).first->second : &nouvelle;
+        }
+        // The client's code stored back trimmed, as the texts were built from it.
+        std::memcpy(log.data() + lp::CodeClient.offset, connue->client.data(),
+                    lp::CodeClient.length);
+        if (connue->ignoree) continue;
+        const int trouve = connue->ligne, rowMessage = connue->message,
+                  rowClient = connue->clientLigne;
         totaux.Ajouter(kPubTotalLigne, trouve);
         totaux.Ajouter(kPubTotalMessage, rowMessage);
         totaux.Ajouter(kPubTotalClient, rowClient);

@@ -399,8 +399,13 @@ int16_t DoStep(Engine& e, const Call& call, bool forward) {
     }
     const int limit = c->nextBatch;
     c->nextBatch = std::min(limit * 2, c->capacity);
-    status = Fetch(e, *c, c->keyNo, forward ? Query::kAfter : Query::kBefore, c->posKey.data(),
-                   c->posSeq, limit);
+    // The rows after (before) the position in (key, duplicate order). A key without duplicates
+    // has order 0 on every row, so that is a plain range on the key, which SQLite walks without
+    // testing each row.
+    const bool duplicates = c->file->Def().keys[static_cast<size_t>(c->keyNo)].duplicates;
+    const Query q = forward ? (duplicates ? Query::kAfter : Query::kGreater)
+                            : (duplicates ? Query::kBefore : Query::kLess);
+    status = Fetch(e, *c, c->keyNo, q, c->posKey.data(), c->posSeq, limit);
     if (status != kOk) return status;
     if (c->begin == c->end) return kEndOfFile;
     Serve(*c, c->keyNo, forward ? c->begin : c->end - 1, call);

@@ -8,6 +8,7 @@
 #include "Btrieve.h"
 #include "FichierPlateforme.h"
 #include "KeyLayout.h"
+#include "RecordForm.h"
 #include "Store.h"
 
 namespace zl3::btr {
@@ -66,6 +67,7 @@ void CheckRecords(sqlite3* db, const FileDef& def, int64_t counter, CheckReport&
         return;
     }
     std::vector<uint8_t> key(kMaxKeyLength);
+    std::vector<uint8_t> record(def.recordLength);
     int rc;
     while ((rc = sqlite3_step(st.st)) == SQLITE_ROW) {
         ++r.records;
@@ -73,12 +75,15 @@ void CheckRecords(sqlite3* db, const FileDef& def, int64_t counter, CheckReport&
         const std::string where = "record " + std::to_string(id) + ": ";
         if (id < 1 || id > counter) Problem(r, where + "number outside the file's counter");
         if (sqlite3_column_int64(st.st, 1) < 1) Problem(r, where + "invalid version");
-        const auto* data = static_cast<const uint8_t*>(sqlite3_column_blob(st.st, 2));
-        if (!data || static_cast<size_t>(sqlite3_column_bytes(st.st, 2)) != def.recordLength) {
-            Problem(r, where + "length " + std::to_string(sqlite3_column_bytes(st.st, 2)) +
-                           " instead of " + std::to_string(def.recordLength));
+        const auto* stored = static_cast<const uint8_t*>(sqlite3_column_blob(st.st, 2));
+        const int storedLength = sqlite3_column_bytes(st.st, 2);
+        if (!DecodeRecord(stored, static_cast<size_t>(storedLength), def.recordLength,
+                          record.data())) {
+            Problem(r, where + "stored length " + std::to_string(storedLength) +
+                           " for a record of " + std::to_string(def.recordLength) + " bytes");
             continue;
         }
+        const uint8_t* data = record.data();
         for (size_t k = 0; k < def.keys.size(); ++k) {
             const KeyDef& kd = def.keys[k];
             const int kc = static_cast<int>(3 + 2 * k);

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "Btrieve.h"
+#include "RecordForm.h"
 
 namespace zl3::btr {
 namespace {
@@ -14,9 +15,10 @@ constexpr const char kSqliteMagic[16] = {'S', 'Q', 'L', 'i', 't', 'e', ' ', 'f',
                                          'o', 'r', 'm', 'a', 't', ' ', '3', '\0'};
 // Virtual address space mapped per file: reads then come straight from the page cache of the
 // system instead of being copied into SQLite's cache (about +40 % on random Get Equal). Mapped
-// pages count in the process's resident memory, so the window is capped: with 1 GiB a year's
-// Quotas report over 50,000 tracks peaked at 425 MB resident (the history file mapped whole)
-// for 215 ms; with 64 MiB it peaks at 142 MB for 260 ms.
+// pages count in the process's resident memory, so the window is capped. With whole records
+// stored, a year's Quotas report over 50,000 tracks peaked at 425 MB resident with 1 GiB (the
+// 300 MB history file mapped whole) and 142 MB with 64 MiB; with the trailing blanks cut
+// (RecordForm.h) that history file is 10 MB and every file of the report fits the 64 MiB window.
 constexpr int64_t kMmapSize = 64LL << 20;
 // Size of one region of the WAL index (the -shm file) as SQLite maps it.
 constexpr int kWalIndexRegion = 32768;
@@ -542,13 +544,13 @@ int16_t DbFile::Fetch(int key, Query q, const uint8_t* value, int64_t seq, int l
     int n = 0;
     int rc;
     while (n < limit && (rc = sqlite3_step(st)) == SQLITE_ROW) {
-        const void* data = sqlite3_column_blob(st, 3);
-        if (!data || static_cast<size_t>(sqlite3_column_bytes(st, 3)) != recLen) {
+        const auto* data = static_cast<const uint8_t*>(sqlite3_column_blob(st, 3));
+        const auto stored = static_cast<size_t>(sqlite3_column_bytes(st, 3));
+        const int at = down ? limit - 1 - n : n;
+        if (!DecodeRecord(data, stored, recLen, arena + static_cast<size_t>(at) * recLen)) {
             rc = SQLITE_CORRUPT;
             break;
         }
-        const int at = down ? limit - 1 - n : n;
-        std::memcpy(arena + static_cast<size_t>(at) * recLen, data, recLen);
         rows[at] = Row{sqlite3_column_int64(st, 0), sqlite3_column_int64(st, 1),
                        sqlite3_column_int64(st, 2)};
         ++n;
@@ -636,12 +638,13 @@ int16_t DbFile::ReadRecord(int64_t id, bool& found, int64_t& ver, std::vector<in
     int rc = sqlite3_step(read_);
     if (rc == SQLITE_ROW) {
         const auto* p = static_cast<const uint8_t*>(sqlite3_column_blob(read_, 1));
-        if (!p || static_cast<size_t>(sqlite3_column_bytes(read_, 1)) != def_.recordLength) {
+        const auto stored = static_cast<size_t>(sqlite3_column_bytes(read_, 1));
+        data.resize(def_.recordLength);
+        if (!DecodeRecord(p, stored, def_.recordLength, data.data())) {
             rc = SQLITE_CORRUPT;
         } else {
             found = true;
             ver = sqlite3_column_int64(read_, 0);
-            data.assign(p, p + def_.recordLength);
             seqs.resize(def_.keys.size());
             for (size_t k = 0; k < def_.keys.size(); ++k)
                 seqs[k] = sqlite3_column_int64(read_, static_cast<int>(2 + k));
@@ -669,7 +672,9 @@ void BindRecord(sqlite3_stmt* st, const FileDef& def, int64_t id, int64_t ver, c
             sqlite3_bind_null(st, 4 + 2 * k);
         }
     }
-    sqlite3_bind_blob(st, 3 + 2 * n, data, def.recordLength, SQLITE_STATIC);
+    // The stored form is a prefix of the record (see RecordForm.h).
+    sqlite3_bind_blob(st, 3 + 2 * n, data, static_cast<int>(StoredLength(data, def.recordLength)),
+                      SQLITE_STATIC);
 }
 
 }  // namespace

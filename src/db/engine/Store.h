@@ -9,7 +9,8 @@
 //   zl3_records(id INTEGER PRIMARY KEY, ver INTEGER, k0 BLOB, s0 INTEGER, ..., data BLOB): one
 //   row per record: its number, its version (incremented by each update, checked by Update and
 //   Delete), for each key N the key's index form kN and its duplicate order sN (0 for a unique
-//   key; NULL for both when the key is null), and the record's exact bytes;
+//   key; NULL for both when the key is null), and the record's bytes in their stored form
+//   (the trailing run of one repeated byte cut, see RecordForm.h);
 //   index zl3_keyN on (kN, sN) for every key, UNIQUE for keys without duplicates.
 #pragma once
 

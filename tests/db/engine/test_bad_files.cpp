@@ -35,7 +35,9 @@ class BtrBadFiles : public ::testing::Test {
         for (int n = 0; n < count; ++n) {
             char head[24];
             std::snprintf(head, sizeof head, "%08d", n);
-            std::string rec(kLen, static_cast<char>('a' + n % 26));
+            std::string rec(kLen, ' ');
+            for (size_t i = 8; i < rec.size(); ++i)  // no trailing run: whole records stored
+                rec[i] = static_cast<char>('a' + (static_cast<size_t>(n) + i) % 26);
             rec.replace(0, 8, head);
             EXPECT_EQ(h.Insert(rec), kOk);
         }

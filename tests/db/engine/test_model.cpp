@@ -341,6 +341,13 @@ std::string RandomRecord(std::mt19937& rng) {
     r[9] = Pick(rng, "0123\x80\xFF");
     for (int i = 10; i < kRecLen; ++i)
         r[i] = static_cast<char>('A' + rng() % 26);
+    // Often a tail of unused bytes, as real records end: blanks, NULs or the last letter
+    // repeated, from any point of the part without keys. Chosen from the letters drawn, so that
+    // the sequence of operations stays the one each seed was tuned with.
+    const int tail = 10 + (r[10] - 'A') % (kRecLen - 9);
+    const char fills[] = {' ', '\0', r[static_cast<size_t>(tail - 1)]};
+    const int kind = (r[11] - 'A') % 4;
+    if (kind < 3) std::fill(r.begin() + tail, r.end(), fills[kind]);
     return r;
 }
 
