@@ -36,7 +36,7 @@ tools/windows_toolchain.sh
 installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q "install ok installed"; }
 # Qt's host tools of the same version, the installer compiler, the display and the screenshot.
 missing=()
-for p in qt6-base-dev qt6-base-dev-tools nsis xvfb imagemagick; do
+for p in qt6-base-dev qt6-base-dev-tools nsis xvfb imagemagick xdotool fonts-liberation; do
     installed "$p" || missing+=("$p")
 done
 if [ ${#missing[@]} -gt 0 ]; then
@@ -45,6 +45,32 @@ if [ ${#missing[@]} -gt 0 ]; then
         "${missing[@]}" >/dev/null
 fi
 HOST_CMAKE_DIR="$(dirname "$(dirname "$(dpkg -L qt6-base-dev | grep -m1 '/cmake/Qt6/Qt6Config.cmake$')")")"
+
+# Debian's qtbase 6.4.2 as configured here (no Direct2D, no OpenGL) needs four local changes to
+# build with MinGW; each is a condition Qt's own build files already use elsewhere:
+# - Debian removed the Wintab headers (their license forbids changes), so the Windows platform
+#   plugin is built without Wintab tablet support (pen tablets still reach it as Windows pointer
+#   messages);
+# - Qt's DirectWrite font engine and font database are compiled only with Direct2D, but
+#   PrintSupport and the platform plugin refer to them on DirectWrite alone;
+# - the plugin's software-OpenGL check refers to OpenGL classes when OpenGL is off.
+# The plugin then uses the GDI font database.
+patch_qt() {
+    local t=$1
+    [ -f "$t/.zl3-patched" ] && return 0
+    local w="$t/src/plugins/platforms/windows"
+    sed -i 's/QT_CONFIG(tabletevent)/0/g' "$w/qwindowspointerhandler.h" \
+        "$w/qwindowspointerhandler.cpp" "$w/qwindowscontext.cpp"
+    sed -i 's/qt_internal_extend_target(QWindowsIntegrationPlugin CONDITION QT_FEATURE_tabletevent/qt_internal_extend_target(QWindowsIntegrationPlugin CONDITION FALSE/' \
+        "$w/CMakeLists.txt"
+    sed -i 's/^#if QT_CONFIG(dynamicgl)$/#if QT_CONFIG(dynamicgl) \&\& QT_CONFIG(opengl)/' \
+        "$w/qwindowswindow.cpp"
+    sed -i 's/^#if QT_CONFIG(directwrite3)$/#if QT_CONFIG(directwrite3) \&\& QT_CONFIG(direct2d)/' \
+        "$w/qwindowsintegration.cpp"
+    sed -i 's/^#if QT_CONFIG(directwrite)$/#if QT_CONFIG(directwrite) \&\& QT_CONFIG(direct2d)/' \
+        "$t/src/printsupport/platform/windows/qprintengine_win.cpp"
+    touch "$t/.zl3-patched"
+}
 
 build_qt() {
     [ -f "$QT/lib/cmake/Qt6Widgets/Qt6WidgetsConfig.cmake" ] &&
@@ -58,6 +84,7 @@ build_qt() {
             exit 1
         }
     fi
+    patch_qt "$src/tree"
     echo "windows: Qt 6 (qtbase) for $TRIPLET: this takes hours the first time"
     # What the tool does not use is left out: SQL, D-Bus, test library, XML, OpenGL, Vulkan,
     # OpenSSL (Windows' Schannel does TLS), FreeType (DirectWrite draws the text), JPEG.
@@ -129,10 +156,13 @@ if [ ! -f "$WINEPREFIX/system.reg" ]; then
 fi
 # Every DLL imported is in the folder or one of Windows' own (Wine's system32 lists them).
 SYS32="$WINEPREFIX/drive_c/windows/system32"
+present="$( (ls "$APP"; ls "$SYS32") | tr 'A-Z' 'a-z')"
 absent=0
 while IFS= read -r f; do
     for dll in $("$TRIPLET-objdump" -p "$f" | sed -n 's/^\s*DLL Name: //p'); do
-        if ! ls "$APP" "$SYS32" | grep -qix "$dll"; then
+        # api-ms-win-* are API sets: names the Windows loader maps to its own DLLs.
+        [[ "$dll" == api-ms-win-* ]] && continue
+        if ! grep -qxF "$(tr 'A-Z' 'a-z' <<<"$dll")" <<<"$present"; then
             echo "missing: $dll (imported by ${f#$APP/})" >&2
             absent=1
         fi
@@ -149,6 +179,31 @@ if command -v makensis >/dev/null 2>&1; then
 fi
 
 [ $RUN -eq 1 ] || exit 0
+
+# Wine's own Tahoma, which stands for Windows' dialog fonts, comes out blank in Qt's line edits
+# (their text is drawn, with no glyphs); a Windows machine has the real fonts. This prefix maps
+# those fonts to Liberation Sans, Arial's metric twin, as Wine's font replacements allow.
+for f in "Tahoma" "MS Shell Dlg" "MS Shell Dlg 2" "Arial" "Microsoft Sans Serif" "Segoe UI"; do
+    (unset DISPLAY; wine reg add 'HKCU\Software\Wine\Fonts\Replacements' /v "$f" \
+        /d "Liberation Sans" /f >/dev/null 2>&1)
+done
+wineserver --wait
+
+# The installer, silent, into the prefix's C:\Quorvane\Zelvar, then its uninstaller: the
+# station's configuration beside the tool stays.
+if [ -f "$BUILD_DIR/ZL3_Tools_Stats_Setup.exe" ]; then
+    CIBLE="$WINEPREFIX/drive_c/Quorvane/Zelvar"
+    mkdir -p "$CIBLE/Config" && echo "[Test]" >"$CIBLE/Config/ZL3_Config.ini"
+    (unset DISPLAY; wine "$BUILD_DIR/ZL3_Tools_Stats_Setup.exe" /S '/D=C:\Quorvane\Zelvar')
+    wineserver --wait
+    [ -f "$CIBLE/ZL3_Tools_Stats.exe" ] && [ -f "$CIBLE/platforms/qwindows.dll" ] ||
+        { echo "the installer did not install the tool" >&2; exit 1; }
+    (unset DISPLAY; wine 'C:\Quorvane\Zelvar\ZL3_Tools_Stats_Desinstaller.exe' /S '_?=C:\Quorvane\Zelvar')
+    wineserver --wait
+    [ ! -f "$CIBLE/ZL3_Tools_Stats.exe" ] && [ -f "$CIBLE/Config/ZL3_Config.ini" ] ||
+        { echo "the uninstaller did not remove the tool alone" >&2; exit 1; }
+    echo "windows: installed and uninstalled under Wine (the configuration stayed)"
+fi
 
 # The demo site, made by the Windows zl3-demo under Wine, then the window on it.
 SITE="$HERE/$BUILD_DIR/demo-site"
@@ -171,3 +226,13 @@ APP_PID=$!
 sleep "${ZL3_WINE_WAIT:-25}"
 DISPLAY="$DISPLAY_NUM" import -window root "$BUILD_DIR/ZL3_Tools_Stats_wine.png"
 echo "windows: screenshot $BUILD_DIR/ZL3_Tools_Stats_wine.png"
+# "Lancer" (the top right button of the main window) on the period the window offers, then the
+# report on screen.
+WIN="$(DISPLAY="$DISPLAY_NUM" xdotool search --onlyvisible --name "Tools Stats" | head -n 1)"
+if [ -n "$WIN" ]; then
+    eval "$(DISPLAY="$DISPLAY_NUM" xdotool getwindowgeometry --shell "$WIN")"
+    DISPLAY="$DISPLAY_NUM" xdotool mousemove --window "$WIN" $((WIDTH - 50)) 35 click 1
+    sleep "${ZL3_WINE_WAIT_REPORT:-20}"
+    DISPLAY="$DISPLAY_NUM" import -window root "$BUILD_DIR/ZL3_Tools_Stats_wine_quotas.png"
+    echo "windows: screenshot after \"Lancer\" $BUILD_DIR/ZL3_Tools_Stats_wine_quotas.png"
+fi

@@ -2,7 +2,7 @@
 ;   makensis -DAPPDIR=<the application's folder> -DOUTFILE=<setup.exe> -DVERSION=<x.y.z> windows_installer.nsi
 ; The tool goes into the suite's folder (its settings and configuration are found from the
 ; executable's folder: Config\, Settings\), C:\Quorvane\Zelvar\ unless the user picks another.
-Unicode true
+Target amd64-unicode  ; a 64-bit installer for the 64-bit program
 SetCompressor /SOLID lzma
 RequestExecutionLevel admin
 

@@ -375,6 +375,9 @@ void Frm_Main::ConstruireControles() {
     for (QDateEdit* d : {debut_, fin_}) {
         d->setDisplayFormat("dd/MM/yyyy");
         d->setCalendarPopup(true);
+        // The whole date and the calendar button: the Windows style's estimate leaves the last
+        // digit under the button.
+        d->setMinimumWidth(d->fontMetrics().horizontalAdvance(QStringLiteral("00/00/00000")) + 32);
     }
     debut_->setObjectName("TexteDateDebut");
     fin_->setObjectName("TexteDateFin");
