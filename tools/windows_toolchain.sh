@@ -116,39 +116,38 @@ unpack_source() {
     fi
 }
 
-# libcurl (FTP and FTPS through Windows' own TLS, Schannel) from Debian's curl source, static.
-# No CA bundle path is compiled in: Schannel checks certificates against the Windows store.
-build_curl() {
-    local triplet=$1 out="$CACHE/$1"
-    [ -f "$out/lib/libcurl.a" ] && [ -f "$out/lib/cmake/CURL/CURLConfig.cmake" ] && return 0
-    echo "windows: libcurl for $triplet"
-    unpack_source curl
-    local bld="$CACHE/src/curl-$triplet"
+# A library from a Debian source package with a CMake build, compiled static with the project's
+# toolchain file into <cache>/<triplet>; skipped when `marker` (a file its install writes last)
+# is there. Further arguments go to CMake.
+build_cmake_source() {
+    local name=$1 triplet=$2 marker=$3 out="$CACHE/$2"
+    shift 3
+    [ -f "$out/$marker" ] && return 0
+    echo "windows: $name for $triplet"
+    unpack_source "$name"
+    local bld="$CACHE/src/$name-$triplet"
     rm -rf "$bld"
-    cmake -S "$CACHE/src/curl/tree" -B "$bld" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+    cmake -S "$CACHE/src/$name/tree" -B "$bld" -G Ninja -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_TOOLCHAIN_FILE="$HERE/cmake/mingw-$triplet.cmake" \
         -DCMAKE_INSTALL_PREFIX="$out" -DCMAKE_INSTALL_LIBDIR=lib -DBUILD_SHARED_LIBS=OFF \
-        -DBUILD_CURL_EXE=OFF -DBUILD_TESTING=OFF -DENABLE_MANUAL=OFF -DCURL_USE_SCHANNEL=ON \
-        -DCURL_USE_OPENSSL=OFF -DCURL_USE_LIBSSH2=OFF -DUSE_LIBIDN2=OFF -DUSE_NGHTTP2=OFF \
-        -DCURL_ZLIB=OFF -DCURL_BROTLI=OFF -DCURL_ZSTD=OFF -DCURL_DISABLE_LDAP=ON \
-        -DCURL_CA_BUNDLE=none -DCURL_CA_PATH=none >/dev/null
+        "$@" >/dev/null
     cmake --build "$bld" >/dev/null
     cmake --install "$bld" >/dev/null
 }
 
-# libxlsxwriter from Debian's source, static, with MinGW's zlib.
+# libcurl (FTP and FTPS through Windows' own TLS, Schannel) from Debian's curl source. No CA
+# bundle path is compiled in: Schannel checks certificates against the Windows store.
+build_curl() {
+    build_cmake_source curl "$1" lib/cmake/CURL/CURLConfig.cmake \
+        -DBUILD_CURL_EXE=OFF -DBUILD_TESTING=OFF -DENABLE_MANUAL=OFF -DCURL_USE_SCHANNEL=ON \
+        -DCURL_USE_OPENSSL=OFF -DCURL_USE_LIBSSH2=OFF -DUSE_LIBIDN2=OFF -DUSE_NGHTTP2=OFF \
+        -DCURL_ZLIB=OFF -DCURL_BROTLI=OFF -DCURL_ZSTD=OFF -DCURL_DISABLE_LDAP=ON \
+        -DCURL_CA_BUNDLE=none -DCURL_CA_PATH=none
+}
+
+# libxlsxwriter from Debian's source, with MinGW's zlib.
 build_xlsxwriter() {
-    local triplet=$1 out="$CACHE/$1"
-    [ -f "$out/lib/libxlsxwriter.a" ] && [ -f "$out/lib/pkgconfig/xlsxwriter.pc" ] && return 0
-    echo "windows: libxlsxwriter for $triplet"
-    unpack_source libxlsxwriter
-    local bld="$CACHE/src/libxlsxwriter-$triplet"
-    rm -rf "$bld"
-    cmake -S "$CACHE/src/libxlsxwriter/tree" -B "$bld" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-        -DCMAKE_TOOLCHAIN_FILE="$HERE/cmake/mingw-$triplet.cmake" \
-        -DCMAKE_INSTALL_PREFIX="$out" -DCMAKE_INSTALL_LIBDIR=lib -DBUILD_SHARED_LIBS=OFF >/dev/null
-    cmake --build "$bld" >/dev/null
-    cmake --install "$bld" >/dev/null
+    build_cmake_source libxlsxwriter "$1" lib/pkgconfig/xlsxwriter.pc
 }
 
 HERE="$(cd "$(dirname "$0")/.." && pwd)"

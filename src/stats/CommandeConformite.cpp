@@ -107,6 +107,37 @@ std::optional<int> OuvrirStation(const std::string& root, long long base, long l
     return 1;
 }
 
+// The grid written to `cible` in `format` ("xls", "xlsx" or "xml") through the export step,
+// answering its overwrite question from --overwrite. Returns `codeOk` once written, 1 otherwise.
+int ExporteVersCible(const Grid& grille, const std::string& format, const std::string& cible,
+                     const std::string& nomParDefaut, const char* feuille, const char* procedure,
+                     bool ecraser, int codeOk) {
+    MessagesConsole console(ecraser);
+    ScopedServices services(Services{&console, nullptr, nullptr, nullptr});
+    DemandeExport d;
+    d.format = format == "xml"    ? FormatExport::Xml
+               : format == "xlsx" ? FormatExport::Xlsx
+                                  : FormatExport::Xls;
+    d.dossier = std::filesystem::absolute(cible).parent_path().string();
+    d.nomParDefaut = nomParDefaut + ExtensionExport(d.format);
+    d.nomFeuille = feuille;
+    d.elementRacine = "Root";
+    d.elementCollection = "Collection";
+    d.apresExport = 2;
+    d.module = "zl3-stats";
+    d.procedure = procedure;
+    const ResultatExport r = ExporteGrille(
+        grille, d,
+        [&](const std::string&, const std::string&, const std::string&) { return cible; });
+    TraceLogForce();
+    if (r.Ok()) return codeOk;
+    if (r.issue == IssueExport::NonEcrase)
+        std::fprintf(stderr, "zl3-stats: fichier existant gardé (--overwrite pour le remplacer)\n");
+    else if (!r.erreur.empty())
+        std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
+    return 1;
+}
+
 }  // namespace
 
 // The file named by --out, with the format's extension, checked before anything is read: a
@@ -220,30 +251,9 @@ int CommandeConformite(const OptionsLigne& lues, const char* usage) {
         std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
         return 1;
     }
-    MessagesConsole console(options.A("overwrite"));
-    ScopedServices services(Services{&console, nullptr, nullptr, nullptr});
-    DemandeExport d;
-    d.format = format == "xml"    ? FormatExport::Xml
-               : format == "xlsx" ? FormatExport::Xlsx
-                                  : FormatExport::Xls;
-    d.dossier = std::filesystem::absolute(cible).parent_path().string();
-    d.nomParDefaut = NomFichierConformite(st, annee, mois) + ExtensionExport(d.format);
-    d.nomFeuille = "Conformite";
-    d.elementRacine = "Root";
-    d.elementCollection = "Collection";
-    d.apresExport = 2;
-    d.module = "zl3-stats";
-    d.procedure = "CommandeConformite";
-    const ResultatExport r = ExporteGrille(
-        grille, d,
-        [&](const std::string&, const std::string&, const std::string&) { return cible; });
-    TraceLogForce();
-    if (r.Ok()) return codeVerdict;
-    if (r.issue == IssueExport::NonEcrase)
-        std::fprintf(stderr, "zl3-stats: fichier existant gardé (--overwrite pour le remplacer)\n");
-    else if (!r.erreur.empty())
-        std::fprintf(stderr, "zl3-stats: %s\n", r.erreur.c_str());
-    return 1;
+    return ExporteVersCible(grille, format, cible, NomFichierConformite(st, annee, mois),
+                            "Conformite", "CommandeConformite", options.A("overwrite"),
+                            codeVerdict);
 }
 
 int CommandeReleveDroits(const OptionsLigne& lues, const char* usage) {
@@ -330,30 +340,8 @@ int CommandeReleveDroits(const OptionsLigne& lues, const char* usage) {
         }
         return code;
     }
-    MessagesConsole console(options.A("overwrite"));
-    ScopedServices services(Services{&console, nullptr, nullptr, nullptr});
-    DemandeExport d;
-    d.format = format == "xml"    ? FormatExport::Xml
-               : format == "xlsx" ? FormatExport::Xlsx
-                                  : FormatExport::Xls;
-    d.dossier = std::filesystem::absolute(cible).parent_path().string();
-    d.nomParDefaut = NomFichierReleve(st, annee, semestre) + ExtensionExport(d.format);
-    d.nomFeuille = "Releve droits";
-    d.elementRacine = "Root";
-    d.elementCollection = "Collection";
-    d.apresExport = 2;
-    d.module = "zl3-stats";
-    d.procedure = "CommandeReleveDroits";
-    const ResultatExport e = ExporteGrille(
-        grille, d,
-        [&](const std::string&, const std::string&, const std::string&) { return cible; });
-    TraceLogForce();
-    if (e.Ok()) return code;
-    if (e.issue == IssueExport::NonEcrase)
-        std::fprintf(stderr, "zl3-stats: fichier existant gardé (--overwrite pour le remplacer)\n");
-    else if (!e.erreur.empty())
-        std::fprintf(stderr, "zl3-stats: %s\n", e.erreur.c_str());
-    return 1;
+    return ExporteVersCible(grille, format, cible, NomFichierReleve(st, annee, semestre),
+                            "Releve droits", "CommandeReleveDroits", options.A("overwrite"), code);
 }
 
 }  // namespace zl3
