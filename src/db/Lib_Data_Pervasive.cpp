@@ -56,18 +56,27 @@ struct Module {
         std::vector<EtatFichier>(static_cast<size_t>(kNbSources * kNbStations * kNbFichiers));
     std::array<HistoriqueSource, kNbSources> historique;
     std::array<std::vector<uint8_t>, kNbFichiers> tampons;
+    // The catalogue's record length of each file, read once (the catalogue never changes).
+    std::array<uint32_t, kNbFichiers> longueursEnreg{};
     std::string dossierData;
     FonctionBtrcall btrcall;
 
     Module() {
         for (auto& f : fichiers)
             f.positionBloc.fill(' ');
+        for (int i = 0; i < kNbFichiers; ++i)
+            longueursEnreg[static_cast<size_t>(i)] = cat::LongueurEnreg(i);
     }
 };
 
-Module& M() {
+Module& Instance() {
     static Module m;
     return m;
+}
+// The module, reached on every call: a plain pointer once the instance exists.
+Module* gModule = nullptr;
+inline Module& M() {
+    return gModule ? *gModule : *(gModule = &Instance());
 }
 
 EtatFichier& Etat(int source, int station, int fichier) {
@@ -92,11 +101,55 @@ bool EstLecture(int16_t op) {
     return op >= kBtrGetEqual && op <= kBtrGetLast;
 }
 
-int16_t AppelMoteur(uint16_t op, void* pos, void* data, uint32_t* len, void* key, uint8_t keyLen,
-                    int8_t keyNum) {
-    Module& m = M();
+int16_t AppelMoteur(Module& m, uint16_t op, void* pos, void* data, uint32_t* len, void* key,
+                    uint8_t keyLen, int8_t keyNum) {
     if (m.btrcall) return m.btrcall(op, pos, data, len, key, keyLen, keyNum);
     return btr::BtrCall(op, pos, data, len, key, keyLen, keyNum);
+}
+
+// The record buffer of a valid file index, made at its first use.
+[[gnu::noinline]] void CreerTampon(Module& m, int fichier) {
+    size_t n = m.longueursEnreg[static_cast<size_t>(fichier)];
+    if (const rec::Layout* layout = rec::FindLayout(fichier))
+        n = std::max(n, layout->BufferLength());
+    m.tampons[static_cast<size_t>(fichier)].assign(std::max<size_t>(n, 1), ' ');
+}
+inline std::span<uint8_t> Tampon(Module& m, int fichier) {
+    auto& t = m.tampons[static_cast<size_t>(fichier)];
+    if (t.empty()) CreerTampon(m, fichier);
+    return t;
+}
+
+// True when `texte` holds anything but blanks (the caller named itself).
+bool NonBlanc(const std::string& texte) {
+    for (const char c : texte)
+        if (c != ' ' && c != '\t' && c != '\r' && c != '\n') return true;
+    return false;
+}
+
+// Copies `n` bytes; kept out of line so that the compiler calls the C library's copy, quick for
+// the few bytes of a key, rather than expanding it into string instructions slow to start.
+[[gnu::noinline]] void CopierOctets(char* destination, const char* source, size_t n) {
+    std::memcpy(destination, source, n);
+}
+
+// The single call with the file's record buffer; `tampon` is that buffer.
+int16_t AppelReel(Module& m, int fichier, std::span<uint8_t> tampon, int16_t operation,
+                  char* positionBloc, uint32_t& longueur, std::string& cle, int16_t noCle) {
+    // The key buffer is exchanged as a 255-byte area, blank-padded.
+    char tamponCle[kLongueurTamponCle + 1];
+    std::memset(tamponCle, ' ', sizeof tamponCle);
+    const size_t n = std::min<size_t>(cle.size(), kLongueurTamponCle);
+    CopierOctets(tamponCle, cle.data(), n);
+    if (operation == kBtrOpen && n < kLongueurTamponCle) tamponCle[n] = '\0';
+    const int16_t status =
+        AppelMoteur(m, static_cast<uint16_t>(operation), positionBloc, tampon.data(), &longueur,
+                    tamponCle, kLongueurTamponCle, static_cast<int8_t>(noCle));
+    if (status == 0 && EstLecture(operation)) {
+        const int lc = cat::LongueurCle(fichier, noCle);
+        if (lc > 0) cle.assign(tamponCle, static_cast<size_t>(std::min(lc, kLongueurTamponCle)));
+    }
+    return status;
 }
 
 // The key buffer made printable for the history line.
@@ -130,9 +183,9 @@ std::string Deux0(int n) {
     return PadNumber(n, 2);
 }
 
-// Values written by older versions of the suite, brought to today's form after each read.
-void NormalisationsHistoriques(int fichier) {
-    std::span<uint8_t> r = TamponEnreg(fichier);
+// Values written by older versions of the suite, brought to today's form after each read; `r` is
+// the file's record buffer.
+void NormalisationsHistoriques(int fichier, std::span<uint8_t> r) {
     if (fichier == 20 && r.size() > 264) {
         if (r[145] == '1')
             r[264] = '1';
@@ -162,14 +215,7 @@ void DefinirBtrcall(FonctionBtrcall fonction) {
 
 std::span<uint8_t> TamponEnreg(int fichier) {
     if (!FichierValide(fichier)) return {};
-    auto& t = M().tampons[static_cast<size_t>(fichier)];
-    if (t.empty()) {
-        size_t n = cat::LongueurEnreg(fichier);
-        if (const rec::Layout* layout = rec::FindLayout(fichier))
-            n = std::max(n, layout->BufferLength());
-        t.assign(std::max<size_t>(n, 1), ' ');
-    }
-    return t;
+    return Tampon(M(), fichier);
 }
 
 const std::array<std::string, 6>& HistoriqueBTrieve(int source) {
@@ -192,21 +238,9 @@ const std::array<std::string, 6>& HistoriqueBTrieve(int source) {
 int16_t BTRieve_Reel(int fichier, int16_t operation, char* positionBloc, uint32_t& longueur,
                      std::string& cle, int16_t noCle) {
     if (!AUnTampon(fichier)) return 0;  // no record buffer in this tool: no call
-    std::span<uint8_t> tampon = TamponEnreg(fichier);
-    // The key buffer is exchanged as a 255-byte area, blank-padded.
-    char tamponCle[kLongueurTamponCle + 1];
-    std::memset(tamponCle, ' ', sizeof tamponCle);
-    const size_t n = std::min<size_t>(cle.size(), kLongueurTamponCle);
-    std::memcpy(tamponCle, cle.data(), n);
-    if (operation == kBtrOpen && n < kLongueurTamponCle) tamponCle[n] = '\0';
-    const int16_t status =
-        AppelMoteur(static_cast<uint16_t>(operation), positionBloc, tampon.data(), &longueur,
-                    tamponCle, kLongueurTamponCle, static_cast<int8_t>(noCle));
-    if (status == 0 && EstLecture(operation)) {
-        const int lc = cat::LongueurCle(fichier, noCle);
-        if (lc > 0) cle.assign(tamponCle, static_cast<size_t>(std::min(lc, kLongueurTamponCle)));
-    }
-    return status;
+    Module& m = M();
+    return AppelReel(m, fichier, Tampon(m, fichier), operation, positionBloc, longueur, cle,
+                     noCle);
 }
 
 void BTrieveTestCle(int16_t operation, const std::string& cle, int16_t noCle, int fichier,
@@ -246,7 +280,7 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
         return StatutBTrieve;
     }
     AppelHistorise* appel = nullptr;
-    if (sourceText.find_first_not_of(" \t\r\n") != std::string::npos)
+    if (NonBlanc(sourceText))
         appel = &Historise(source, fichier, station, operation, noCle, cle, sourceText);
     if (TestCleActif) BTrieveTestCle(operation, cle, noCle, fichier, sourceText);
     AbandonConflit = false;
@@ -257,14 +291,22 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
         return StatutBTrieve;
     }
 
+    Module& m = M();
     EtatFichier& etat = Etat(source, station, fichier);
-    Clock& clock = *Svc().clock;
+    // Files without a record buffer in this tool are never called (status 0).
+    const bool tamponPresent = AUnTampon(fichier);
+    const std::span<uint8_t> tampon = tamponPresent ? Tampon(m, fichier) : std::span<uint8_t>();
+    const uint32_t longueurEnreg = m.longueursEnreg[static_cast<size_t>(fichier)];
+    const auto Reel = [&](int16_t op, uint32_t& longueur, std::string& k) -> int16_t {
+        return tamponPresent ? AppelReel(m, fichier, tampon, op, etat.positionBloc.data(),
+                                         longueur, k, noCle)
+                             : int16_t{0};
+    };
     int retries = 0;
     for (;;) {
         if (cle.empty()) cle.assign(100, ' ');
-        uint32_t longueur = cat::LongueurEnreg(fichier);
-        StatutBTrieve =
-            BTRieve_Reel(fichier, operation, etat.positionBloc.data(), longueur, cle, noCle);
+        uint32_t longueur = longueurEnreg;
+        StatutBTrieve = Reel(operation, longueur, cle);
         const int16_t s = StatutBTrieve;
         bool signaler = false;
         if (s == 0) {
@@ -279,9 +321,8 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
                 ((operation == kBtrGetNext || operation == kBtrGetPrevious) && fichier == 34))
                 break;
             if (operation == kBtrGetNext || operation == kBtrGetPrevious) {
-                uint32_t l = cat::LongueurEnreg(fichier);
-                StatutBTrieve =
-                    BTRieve_Reel(fichier, kBtrGetEqual, etat.positionBloc.data(), l, cle, noCle);
+                uint32_t l = longueurEnreg;
+                StatutBTrieve = Reel(kBtrGetEqual, l, cle);
                 signaler = StatutBTrieve != 0;
             } else {
                 signaler = true;
@@ -295,7 +336,7 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
                 ErreurBTrieve(source, fichier, cle, sourceText, station);
                 break;
             }
-            clock.Sleep(1000);
+            Svc().clock->Sleep(1000);
             continue;
         }
         if (s == 54) {
@@ -308,15 +349,14 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
                 AbandonConflit = true;
                 break;
             }
-            clock.Sleep(500);
+            Svc().clock->Sleep(500);
             if (operation == kBtrUpdate || operation == kBtrDelete) {
                 // Re-read the record so that the new attempt works on its current version. The
                 // caller's record bytes are kept: the update writes what the caller prepared.
-                std::span<uint8_t> tampon = TamponEnreg(fichier);
                 std::vector<uint8_t> sauve(tampon.begin(), tampon.end());
                 std::string cleRelue = cle;
-                uint32_t l = cat::LongueurEnreg(fichier);
-                BTRieve_Reel(fichier, kBtrGetEqual, etat.positionBloc.data(), l, cleRelue, noCle);
+                uint32_t l = longueurEnreg;
+                Reel(kBtrGetEqual, l, cleRelue);
                 std::copy(sauve.begin(), sauve.end(), tampon.begin());
             }
             continue;
@@ -335,7 +375,7 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
     }
     // After every operation but 0..4, whatever its status: the suite has always done so.
     if (operation > kBtrDelete && (fichier == 20 || fichier == 22))
-        NormalisationsHistoriques(fichier);
+        NormalisationsHistoriques(fichier, Tampon(m, fichier));
     return StatutBTrieve;
 }
 
@@ -404,7 +444,7 @@ bool FermetureFichierBTrieve(int source, int fichier, char* positionBloc, uint32
     std::memset(cle, ' ', sizeof cle);
     std::span<uint8_t> tampon = TamponEnreg(fichier);
     // Operation 25 releases the file (not 1, Close): the suite has always released it so.
-    StatutBTrieve = AppelMoteur(kBtrRelease, positionBloc, tampon.data(), &longueur, cle,
+    StatutBTrieve = AppelMoteur(M(), kBtrRelease, positionBloc, tampon.data(), &longueur, cle,
                                 kLongueurTamponCle, 0);
     return StatutBTrieve == 0;
 }
@@ -476,7 +516,7 @@ int16_t CreerFichierVide(const std::string& chemin) {
     constexpr uint32_t kLongueurCreation = 160;
     if (structure.size() < kLongueurCreation) structure.resize(kLongueurCreation, 0);
     uint32_t longueur = kLongueurCreation;
-    StatutBTrieve = AppelMoteur(kBtrCreate, pos, structure.data(), &longueur, cle.data(),
+    StatutBTrieve = AppelMoteur(M(), kBtrCreate, pos, structure.data(), &longueur, cle.data(),
                                 static_cast<uint8_t>(std::min<size_t>(chemin.size(), 255)), 0);
     TraceLog("CreerFichierVide: " + chemin + " Status: " + std::to_string(StatutBTrieve));
     return StatutBTrieve;

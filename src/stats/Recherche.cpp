@@ -43,41 +43,65 @@ int ClasseQuota(char flag) {
 
 // The broadcast entries of a period, decoded on integers. An entry is first placed by its year,
 // month and day packed into one number: most entries of a history record lie outside the period
-// asked and stop there. One inside is then checked to be a real date and time, as DecodePassage
-// checks it (an entry that is not one is skipped, wherever it falls).
+// asked and stop there. One inside is then checked to be a real time of a real date, as
+// DecodePassage checks it (an entry that is not one is skipped, wherever it falls); the day of a
+// packed date is read from a table made once for the period.
 class PeriodePassages {
   public:
     PeriodePassages(const DateTime& debut, const DateTime& fin)
         : jourDebut_(DaysFromCivil(debut.year, debut.month, debut.day)),
-          jourFin_(DaysFromCivil(fin.year, fin.month, fin.day)),
-          packeDebut_(Packe(debut.year - rec::kPremiereAnneePassage, debut.month, debut.day)),
-          packeFin_(Packe(fin.year - rec::kPremiereAnneePassage, fin.month, fin.day)) {}
+          packeDebut_(std::max(Packe(debut.year - rec::kPremiereAnneePassage, debut.month,
+                                     debut.day),
+                               Packe(0, 1, 1))),
+          packeFin_(std::min(Packe(fin.year - rec::kPremiereAnneePassage, fin.month, fin.day),
+                             Packe(kAnneeMax, 12, 31))) {
+        // An entry's year is one byte: the table never goes past the last year it can hold.
+        if (packeFin_ < packeDebut_) return;
+        jours_.assign(static_cast<size_t>(packeFin_ - packeDebut_ + 1), -1);
+        const int64_t jourFin = DaysFromCivil(fin.year, fin.month, fin.day);
+        for (int a = (packeDebut_ >> 9); a <= (packeFin_ >> 9); ++a)
+            for (int mo = 1; mo <= 12; ++mo)
+                for (int j = 1; j <= DaysInMonth(rec::kPremiereAnneePassage + a, mo); ++j) {
+                    const int pk = Packe(a, mo, j);
+                    if (pk < packeDebut_ || pk > packeFin_) continue;
+                    const int64_t jour = DaysFromCivil(rec::kPremiereAnneePassage + a, mo, j);
+                    if (jour < jourDebut_ || jour > jourFin) continue;
+                    int64_t semaine = (jour + 3) % 7;  // 0 Monday … 6 Sunday (1970-01-01: Thursday)
+                    if (semaine < 0) semaine += 7;
+                    jours_[static_cast<size_t>(pk - packeDebut_)] =
+                        static_cast<int32_t>((jour - jourDebut_) * 2 + (semaine >= 5 ? 1 : 0));
+                }
+    }
 
-    int64_t JourDebut() const { return jourDebut_; }
-
-    // The 6 bytes at `e`: true when they are a valid time of a day of the period, with its day
-    // number (DaysFromCivil) and its minute of the day.
-    bool Dans(const uint8_t* e, int64_t& jour, int& minutes) const {
+    // The 6 bytes at `e`: true when they are a valid time of a day of the period, with the
+    // day's rank in the period (0 for its first day), whether it is a Saturday or a Sunday, and
+    // the minute of the day.
+    bool Dans(const uint8_t* e, int& rang, bool& weekEnd, int& minutes) const {
         const int a = e[0] - kZero, mo = e[1] - kZero, j = e[2] - kZero;
         const int p = Packe(a, mo, j);
         if (p < packeDebut_ || p > packeFin_) return false;
         const int h = e[3] - kZero, mi = e[4] - kZero, s = e[5] - kZero;
-        if (a < 0 || mo < 1 || mo > 12 || j < 1 ||
-            j > DaysInMonth(rec::kPremiereAnneePassage + a, mo) || h < 0 || h > 23 || mi < 0 ||
-            mi > 59 || s < 0 || s > 59)
+        // A month of 1 to 12 and a day of 1 to 31 give one packed number per date.
+        if (static_cast<unsigned>(mo - 1) > 11u || static_cast<unsigned>(j - 1) > 30u ||
+            static_cast<unsigned>(h) > 23u || static_cast<unsigned>(mi) > 59u ||
+            static_cast<unsigned>(s) > 59u)
             return false;
-        jour = DaysFromCivil(rec::kPremiereAnneePassage + a, mo, j);
-        if (jour < jourDebut_ || jour > jourFin_) return false;
+        const int32_t jour = jours_[static_cast<size_t>(p - packeDebut_)];
+        if (jour < 0) return false;  // not a date (31 April), or not in the period
+        rang = jour >> 1;
+        weekEnd = (jour & 1) != 0;
         minutes = h * 60 + mi;
         return true;
     }
 
   private:
     static constexpr int kZero = 32;  // code of the character that stands for 0
+    static constexpr int kAnneeMax = 255 - kZero;
     // Keeps the order of real dates (month below 16, day below 32).
     static int Packe(int a, int mo, int j) { return (a * 16 + mo) * 32 + j; }
-    int64_t jourDebut_, jourFin_;
+    int64_t jourDebut_;
     int packeDebut_, packeFin_;
+    std::vector<int32_t> jours_;  // by packed date: rank × 2 + week-end, or -1
 };
 
 // The three running totals of the advertising lines (client, message, line: columns 8 to 10),
@@ -118,37 +142,31 @@ class ComptesPub {
 };
 
 // The counts of the Quotas grid's day rows, kept as integers while the walk runs and written as
-// the cells' texts (a cell never counted stays empty, as a cell the count never reached). Only
-// the cells counted since the last writing are written again.
+// the cells' texts (a cell never counted stays empty, as a cell the count never reached). A
+// writing writes again only the cells whose count changed since the previous one.
 class ComptesQuotas {
   public:
     ComptesQuotas(Grid& grille, int jours)
         : grille_(grille), comptes_((static_cast<size_t>(jours) + 1) * kLargeur),
-          sale_(comptes_.size()) {}
+          ecrits_(comptes_.size()) {}
 
     void Ajouter(int col, int row) {
-        const size_t i = static_cast<size_t>(row) * kLargeur + static_cast<size_t>(col);
-        ++comptes_[i];
-        if (!sale_[i]) {
-            sale_[i] = 1;
-            sales_.push_back(i);
-        }
+        ++comptes_[static_cast<size_t>(row) * kLargeur + static_cast<size_t>(col)];
     }
     void Ecrire() {
-        for (const size_t i : sales_) {
+        for (size_t i = 0; i < comptes_.size(); ++i) {
+            if (comptes_[i] == ecrits_[i]) continue;
             grille_.SetText(static_cast<int>(i % kLargeur), static_cast<int>(i / kLargeur),
                             std::to_string(comptes_[i]));
-            sale_[i] = 0;
+            ecrits_[i] = comptes_[i];
         }
-        sales_.clear();
     }
 
   private:
     static constexpr size_t kLargeur = kColInstru + kDecalageBande + 1;  // columns 0 to 14
     Grid& grille_;
     std::vector<long long> comptes_;
-    std::vector<char> sale_;
-    std::vector<size_t> sales_;
+    std::vector<long long> ecrits_;  // the counts as the grid shows them
 };
 
 std::string TexteBrut(std::span<const uint8_t> r, const rec::Field& f) {
@@ -320,7 +338,16 @@ void RechercheStats::DefinirCaption(const std::string& caption) {
 
 void RechercheStats::Attendre(int fichier) {
     if (!Svc().events) return;
-    if (avantAttente_) avantAttente_();
+    // The counts so far are written into the grid for the window to repaint, at most every
+    // kIntervalleAffichageMs: writing them at every yield would cost more than the walk.
+    if (avantAttente_) {
+        const int64_t maintenant = Svc().clock->Stopwatch();
+        if (!affichageFait_ || maintenant - dernierAffichage_ >= kIntervalleAffichageMs) {
+            avantAttente_();
+            affichageFait_ = true;
+            dernierAffichage_ = maintenant;
+        }
+    }
     const auto tampon = TamponEnreg(fichier);
     sauvegarde_.assign(tampon.begin(), tampon.end());
     Svc().events->DoEvents();
@@ -345,6 +372,7 @@ void RechercheStats::CommandLancer_Click(const ParametresRecherche& p) {
     const auto rapport = p.rapport;
     enCours_ = true;
     arret_ = false;
+    affichageFait_ = false;
     bilan_ = BilanRecherche{};
     DefinirCaption("Stopper");
     EffaceIncidentsBTrieve();
@@ -422,7 +450,6 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     // Broadcast entries are compared as day numbers and minutes of the day: row i holds the
     // day debut + i - 1, as its header says.
     const PeriodePassages periode(p.debut, p.fin);
-    const int64_t jourDebut = periode.JourDebut();
     ComptesQuotas comptesQuotas(quotas, joursCrees);
     // What the event loop may show of the grid is written before each yield.
     struct AvantAttente {
@@ -446,6 +473,10 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     const std::string basse = "000" + std::string(5, '\0');
     const std::string haute = "999" + std::string(5, '\xFF');
     std::string cle = basse;
+    // The track's key and its history key, rewritten in place for each track.
+    std::string cleMorceau;
+    const std::string modeleCleH = rec::HistoryKey("");
+    std::string cleH;
     int16_t op = kBtrGetGreaterOrEqual;
     int n = 0;
     for (;;) {
@@ -462,8 +493,9 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
         if (arret_) break;
 
         const auto morceau = TamponEnreg(kFichierMorceaux);
-        const std::string cleMorceau = TexteBrut(morceau, m::CleMorceau);
-        const std::string categorie = cleMorceau.substr(0, 3);
+        cleMorceau.assign(reinterpret_cast<const char*>(morceau.data()) + m::CleMorceau.offset,
+                          m::CleMorceau.length);
+        const std::string_view categorie = std::string_view(cleMorceau).substr(0, 3);
         const int classe = ClasseQuota(static_cast<char>(morceau[m::QuotaFlag.offset]));
         // The row key of the per-track reports and of the play counts.
         std::string cleLigne =
@@ -472,7 +504,7 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
             // Per-track reports: "Top Diffusion" keeps the categories marked "OY"; "SACEM" the
             // music categories "000" to "999" (the station's imaging items are not declared).
             if (rapport == Rapport::TopDiffusion &&
-                categoriesTop.find("," + Trim(categorie) + ",") == std::string::npos)
+                categoriesTop.find("," + Trim(std::string(categorie)) + ",") == std::string::npos)
                 continue;
             if (rapport == Rapport::Sacem && !(categorie >= "000" && categorie <= "999")) continue;
             if (p.regrouperVersions) {
@@ -486,7 +518,9 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
             continue;  // unknown quota flag: not counted
         }
 
-        std::string cleH = rec::HistoryKey(cleMorceau);
+        // rec::HistoryKey(cleMorceau): the track's key, then the history's suffix.
+        cleH.assign(modeleCleH);
+        std::memcpy(cleH.data(), cleMorceau.data(), m::CleMorceau.length);
         BTRieve(p.source, kBtrGetEqual, cleH, 0, kFichierHistorique, p.station, kOrigine);
         if (StatutBTrieve == 4) continue;  // never broadcast
         if (StatutBTrieve != 0) {
@@ -497,23 +531,21 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
         const int nb = rec::CappedPassageCount(histo, categorie);
         const uint8_t* entree = histo.data() + h::Passages.offset;
         long comptes = 0;
+        // Nothing in this loop yields to the event loop: a stop asked is seen after the track.
         for (int i = 0; i < nb; ++i, entree += h::kLongueurPassage) {
-            if (arret_) break;
-            int64_t jour = 0;
+            int rang = 0;
+            bool weekEnd = false;
             int minutes = 0;
-            if (!periode.Dans(entree, jour, minutes)) continue;
+            if (!periode.Dans(entree, rang, weekEnd, minutes)) continue;
             ++comptes;
             if (rapport != Rapport::Quotas) continue;
             // The day row: the row whose header is the entry's date.
-            const int64_t rang = jour - jourDebut + 1;
-            if (rang < 1 || rang > joursCrees) continue;
-            const int row = static_cast<int>(rang);
+            const int row = rang + 1;
+            if (row > joursCrees) continue;
             comptesQuotas.Ajouter(classe, row);
             if (classe == kColFr || classe == kColNT) comptesQuotas.Ajouter(kColFrNT, row);
             // The regulated band, 06:30 (08:30 at weekends) to 22:30, seconds ignored.
-            int64_t semaine = (jour + 3) % 7;  // 0 Monday … 6 Sunday (1970-01-01 was a Thursday)
-            if (semaine < 0) semaine += 7;
-            const int debutBande = semaine >= 5 ? kDebutBandeWeekEnd : kDebutBandeSemaine;
+            const int debutBande = weekEnd ? kDebutBandeWeekEnd : kDebutBandeSemaine;
             if (minutes >= debutBande && minutes <= kFinBande) {
                 comptesQuotas.Ajouter(classe + kDecalageBande, row);
                 if (classe == kColFr || classe == kColNT)

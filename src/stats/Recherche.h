@@ -4,7 +4,8 @@
 //
 // The search runs on the caller's thread and yields to the event loop every 20 tracks (and once
 // per advertising record), so that the window stays responsive and a second click on the button
-// can ask to stop.
+// can ask to stop. The counts found so far are written into the report's grid before a yield, at
+// most ten times a second, and all of them at the end.
 #pragma once
 
 #include <functional>
@@ -105,8 +106,12 @@ class RechercheStats {
     std::string caption_ = "Lancer";
     BilanRecherche bilan_;
     std::map<std::string, PassagesMorceau>* passages_ = nullptr;
-    // Run before each yield: writes what the walk has counted so far into the grid.
+    // Run before a yield: writes what the walk has counted so far into the grid; at most once
+    // every kIntervalleAffichageMs (stopwatch of the clock service), and at the first yield.
+    static constexpr int64_t kIntervalleAffichageMs = 100;
     std::function<void()> avantAttente_;
+    bool affichageFait_ = false;
+    int64_t dernierAffichage_ = 0;
     std::vector<uint8_t> sauvegarde_;  // the record buffer kept over a yield
 };
 

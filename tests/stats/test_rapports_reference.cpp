@@ -293,9 +293,11 @@ class RapportsReferenceTest : public test::BaseTest {
             for (int col : colonnes)
                 ASSERT_EQ(g.Text(col, r), attendu[r][col]) << "row " << r << " column " << col;
     }
-    // The grid of the report as the event loop sees it at its `n`-th call.
-    void VueALAppel(int n, const Grid& g, Grid& vue) {
-        events.onEvents = [this, n = events.calls + n, &g, &vue] {
+    // The grid of the report as the event loop sees it at its `n`-th call; the clock moves on
+    // by `ms` at each call.
+    void VueALAppel(int n, const Grid& g, Grid& vue, int64_t ms = 100) {
+        events.onEvents = [this, n = events.calls + n, &g, &vue, ms] {
+            clock.Advance(ms);
             if (events.calls == n) vue = g;
         };
     }
@@ -317,6 +319,11 @@ TEST_F(RapportsReferenceTest, EveryReportGivesTheTextsOfThePlainComputation) {
     EXPECT_NE(vue.Text(kColFr, jours + 1), musique.quotas.Text(kColFr, jours + 1));
     EXPECT_GT(recherche.Bilan().passagesComptes, 1000);
     EXPECT_EQ(musique.quotas.RowHeader(0, 1), "09-10-2026");
+    // Yields 30 ms apart: the grid is written at the first one, then at most every 100 ms (at
+    // the 5th yield, 120 ms later), so the 7th yield still shows the counts of the 5th.
+    VueALAppel(7, musique.quotas, vue, 30);
+    Comparer(Lancer(Rapport::Quotas), ReferenceQuotas());
+    Comparer(vue, ReferenceQuotas(5 * 20 - 1), jours, {1, 2, 3, 4, 5, 10, 11, 12, 13, 14});
     Comparer(Lancer(Rapport::TopDiffusion), ReferenceParMorceau(Rapport::TopDiffusion));
     Comparer(Lancer(Rapport::Sacem), ReferenceParMorceau(Rapport::Sacem));
     VueALAppel(300, pub, vue);

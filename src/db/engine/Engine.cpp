@@ -364,8 +364,8 @@ int16_t DoPositioningGet(Engine& e, const Call& call, Query q) {
         c->nextBatch = std::min(kFirstBatch * 2, c->capacity);
         *call.dataLength = f.Def().recordLength;
         RawKey(kd, call.data, call.key);
-        c->posKey.resize(kd.length);
-        IndexKey(kd, call.data, c->posKey.data());
+        // The row found has exactly the index form searched for.
+        c->posKey.assign(e.value, e.value + kd.length);
         c->posSeq = row.seq;
         c->curId = row.id;
         c->curVer = row.ver;

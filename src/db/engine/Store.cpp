@@ -110,15 +110,19 @@ int16_t BuildEmpty(const std::string& path, const FileDef& def) {
 
 }  // namespace
 
-std::string QuerySql(int key, Query q) {
+std::string QuerySql(int key, Query q, bool duplicates) {
     const std::string k = Col("k", key);
     const std::string s = Col("s", key);
     const std::string up = " ORDER BY " + k + ", " + s + " LIMIT ?3";
     const std::string down = " ORDER BY " + k + " DESC, " + s + " DESC LIMIT ?3";
-    std::string sql = "SELECT id, ver, " + s + ", data FROM zl3_records WHERE ";
+    // A key without duplicates has order 0 on every row: the order is not read, and one value
+    // is one row.
+    std::string sql =
+        "SELECT id, ver, data" + (duplicates ? ", " + s : std::string()) + " FROM zl3_records WHERE ";
     switch (q) {
         case Query::kEqual:
-            return sql + k + " = ?1 ORDER BY " + s + " LIMIT ?3";
+            // Without duplicates one value is at most one row: no order, no limit to count.
+            return sql + k + " = ?1" + (duplicates ? " ORDER BY " + s + " LIMIT ?3" : std::string());
         case Query::kGreater:
             return sql + k + " > ?1" + up;
         case Query::kGreaterOrEqual:
@@ -375,6 +379,7 @@ int16_t DbFile::LoadDefinition() {
 
     // Every key must have its index; statements are checked by preparing them.
     keyStatements_.assign(def_.keys.size(), {});
+    boundLimits_.assign(def_.keys.size(), {});
     rc = sqlite3_prepare_v2(db_,
                             "SELECT count(*) FROM sqlite_schema WHERE type = 'index' AND "
                             "tbl_name = 'zl3_records' AND name LIKE 'zl3_key%'",
@@ -471,17 +476,14 @@ void DbFile::MapSharedMemory() {
     volatile void* region = nullptr;
     if (file->pMethods->xShmMap(file, 0, kWalIndexRegion, 0, &region) != SQLITE_OK || !region)
         return;
-    shmHeader_ = static_cast<const volatile uint32_t*>(region);
-    for (size_t i = 0; i < shmSeen_.size(); ++i)
-        shmSeen_[i] = shmHeader_[i];
+    shmHeader_ = static_cast<const volatile uint64_t*>(region);
+    shmSeen_ = {shmHeader_[1], shmHeader_[2], shmHeader_[5]};
 }
 
 void DbFile::Refresh() {
     if (shmHeader_) {
-        std::array<uint32_t, 12> now;
-        for (size_t i = 0; i < now.size(); ++i)
-            now[i] = shmHeader_[i];
-        if (now != shmSeen_) {
+        const std::array<uint64_t, 3> now{shmHeader_[1], shmHeader_[2], shmHeader_[5]};
+        if (((now[0] ^ shmSeen_[0]) | (now[1] ^ shmSeen_[1]) | (now[2] ^ shmSeen_[2])) != 0) {
             shmSeen_ = now;
             ++gen_;
             if (txn_ == TxnState::kReadSnapshot) EndReadSnapshot();
@@ -524,7 +526,11 @@ void DbFile::EndReadSnapshot() {
 
 sqlite3_stmt* DbFile::Statement(int key, Query q) {
     sqlite3_stmt*& st = keyStatements_[static_cast<size_t>(key)][static_cast<size_t>(q)];
-    if (!st) st = Prepare(QuerySql(key, q));
+    if (!st) {
+        st = Prepare(QuerySql(key, q, def_.keys[static_cast<size_t>(key)].duplicates));
+        boundLimits_[static_cast<size_t>(key)][static_cast<size_t>(q)] =
+            st && sqlite3_bind_parameter_count(st) < 3 ? kSansLimite : -1;
+    }
     return st;
 }
 
@@ -538,21 +544,27 @@ int16_t DbFile::Fetch(int key, Query q, const uint8_t* value, int64_t seq, int l
     if (q != Query::kFirst && q != Query::kLast)
         sqlite3_bind_blob(st, 1, value, kd.length, SQLITE_STATIC);
     if (q == Query::kAfter || q == Query::kBefore) sqlite3_bind_int64(st, 2, seq);
-    sqlite3_bind_int(st, 3, limit);
+    // Bindings outlive sqlite3_reset: the limit is bound again only when it changes.
+    int& boundLimit = boundLimits_[static_cast<size_t>(key)][static_cast<size_t>(q)];
+    if (boundLimit != limit && boundLimit != kSansLimite) {
+        sqlite3_bind_int(st, 3, limit);
+        boundLimit = limit;
+    }
+    const bool duplicates = kd.duplicates;
     const bool down = Descending(q);
     const size_t recLen = def_.recordLength;
     int n = 0;
     int rc;
     while (n < limit && (rc = sqlite3_step(st)) == SQLITE_ROW) {
-        const auto* data = static_cast<const uint8_t*>(sqlite3_column_blob(st, 3));
-        const auto stored = static_cast<size_t>(sqlite3_column_bytes(st, 3));
+        const auto* data = static_cast<const uint8_t*>(sqlite3_column_blob(st, 2));
+        const auto stored = static_cast<size_t>(sqlite3_column_bytes(st, 2));
         const int at = down ? limit - 1 - n : n;
         if (!DecodeRecord(data, stored, recLen, arena + static_cast<size_t>(at) * recLen)) {
             rc = SQLITE_CORRUPT;
             break;
         }
         rows[at] = Row{sqlite3_column_int64(st, 0), sqlite3_column_int64(st, 1),
-                       sqlite3_column_int64(st, 2)};
+                       duplicates ? sqlite3_column_int64(st, 3) : 0};
         ++n;
     }
     if (n == limit) rc = SQLITE_DONE;

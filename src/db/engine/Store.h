@@ -78,8 +78,9 @@ inline bool Descending(Query q) {
            q == Query::kBefore;
 }
 
-// The statement of query `q` on key `key`.
-std::string QuerySql(int key, Query q);
+// The statement of query `q` on key `key` (columns: id, version, record, and the duplicate
+// order when the key allows duplicates).
+std::string QuerySql(int key, Query q, bool duplicates);
 
 // Change detection through the WAL-index header (default) or, when off or unavailable, through
 // PRAGMA data_version on every call. Applies to files opened afterwards; tests use it to cover
@@ -188,11 +189,18 @@ class DbFile {
     bool waitWhenBusy_ = true;  // false while taking the write lock: that conflict is status 85
     std::chrono::steady_clock::time_point busySince_{};
     uint64_t gen_ = 1;
-    const volatile uint32_t* shmHeader_ = nullptr;
-    std::array<uint32_t, 12> shmSeen_{};
+    // The first copy of the WAL index header (48 bytes) as 64-bit words. A commit, and a restart
+    // of the log, always change word 1 (the change counter iChange, with the page size) and
+    // word 5 (the header's checksum); word 2 holds the last frame and the page count.
+    const volatile uint64_t* shmHeader_ = nullptr;
+    std::array<uint64_t, 3> shmSeen_{};  // words 1, 2 and 5
     int64_t dataVersionSeen_ = -1;
 
     std::vector<std::array<sqlite3_stmt*, kQueryCount>> keyStatements_;
+    // The limit bound to each statement: -1 before the first, kSansLimite for a statement
+    // without one.
+    static constexpr int kSansLimite = -2;
+    std::vector<std::array<int, kQueryCount>> boundLimits_;
     sqlite3_stmt* begin_ = nullptr;
     sqlite3_stmt* beginImmediate_ = nullptr;
     sqlite3_stmt* commit_ = nullptr;
