@@ -55,17 +55,27 @@ struct Module {
     std::vector<EtatFichier> fichiers =
         std::vector<EtatFichier>(static_cast<size_t>(kNbSources * kNbStations * kNbFichiers));
     std::array<HistoriqueSource, kNbSources> historique;
-    std::array<std::vector<uint8_t>, kNbFichiers> tampons;
-    // The catalogue's record length of each file, read once (the catalogue never changes).
-    std::array<uint32_t, kNbFichiers> longueursEnreg{};
+    // What each call needs of its file, side by side: the record buffer, and the catalogue's
+    // record and key lengths, read once (the catalogue never changes).
+    struct Fichier {
+        std::vector<uint8_t> tampon;
+        uint32_t longueurEnreg = 0;
+        std::array<int16_t, kNbSegmentsCatalogue> longueursCle{};
+    };
+    std::array<Fichier, kNbFichiers> parFichier;
     std::string dossierData;
     FonctionBtrcall btrcall;
 
     Module() {
         for (auto& f : fichiers)
             f.positionBloc.fill(' ');
-        for (int i = 0; i < kNbFichiers; ++i)
-            longueursEnreg[static_cast<size_t>(i)] = cat::LongueurEnreg(i);
+        for (int i = 0; i < kNbFichiers; ++i) {
+            Fichier& f = parFichier[static_cast<size_t>(i)];
+            f.longueurEnreg = cat::LongueurEnreg(i);
+            for (int k = 0; k < kNbSegmentsCatalogue; ++k)
+                f.longueursCle[static_cast<size_t>(k)] =
+                    static_cast<int16_t>(cat::LongueurCle(i, k));
+        }
     }
 };
 
@@ -109,13 +119,13 @@ int16_t AppelMoteur(Module& m, uint16_t op, void* pos, void* data, uint32_t* len
 
 // The record buffer of a valid file index, made at its first use.
 [[gnu::noinline]] void CreerTampon(Module& m, int fichier) {
-    size_t n = m.longueursEnreg[static_cast<size_t>(fichier)];
+    size_t n = m.parFichier[static_cast<size_t>(fichier)].longueurEnreg;
     if (const rec::Layout* layout = rec::FindLayout(fichier))
         n = std::max(n, layout->BufferLength());
-    m.tampons[static_cast<size_t>(fichier)].assign(std::max<size_t>(n, 1), ' ');
+    m.parFichier[static_cast<size_t>(fichier)].tampon.assign(std::max<size_t>(n, 1), ' ');
 }
 inline std::span<uint8_t> Tampon(Module& m, int fichier) {
-    auto& t = m.tampons[static_cast<size_t>(fichier)];
+    auto& t = m.parFichier[static_cast<size_t>(fichier)].tampon;
     if (t.empty()) CreerTampon(m, fichier);
     return t;
 }
@@ -146,7 +156,10 @@ int16_t AppelReel(Module& m, int fichier, std::span<uint8_t> tampon, int16_t ope
         AppelMoteur(m, static_cast<uint16_t>(operation), positionBloc, tampon.data(), &longueur,
                     tamponCle, kLongueurTamponCle, static_cast<int8_t>(noCle));
     if (status == 0 && EstLecture(operation)) {
-        const int lc = cat::LongueurCle(fichier, noCle);
+        const int lc = noCle >= 0 && noCle < kNbSegmentsCatalogue
+                           ? m.parFichier[static_cast<size_t>(fichier)]
+                                 .longueursCle[static_cast<size_t>(noCle)]
+                           : 0;
         if (lc > 0) cle.assign(tamponCle, static_cast<size_t>(std::min(lc, kLongueurTamponCle)));
     }
     return status;
@@ -296,7 +309,7 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
     // Files without a record buffer in this tool are never called (status 0).
     const bool tamponPresent = AUnTampon(fichier);
     const std::span<uint8_t> tampon = tamponPresent ? Tampon(m, fichier) : std::span<uint8_t>();
-    const uint32_t longueurEnreg = m.longueursEnreg[static_cast<size_t>(fichier)];
+    const uint32_t longueurEnreg = m.parFichier[static_cast<size_t>(fichier)].longueurEnreg;
     const auto Reel = [&](int16_t op, uint32_t& longueur, std::string& k) -> int16_t {
         return tamponPresent ? AppelReel(m, fichier, tampon, op, etat.positionBloc.data(),
                                          longueur, k, noCle)
@@ -537,8 +550,8 @@ void ResetLibDataPervasive() {
     }
     for (auto& h : m.historique)
         h = HistoriqueSource{};
-    for (auto& t : m.tampons)
-        t.clear();
+    for (auto& f : m.parFichier)
+        f.tampon.clear();
     m.dossierData.clear();
     m.btrcall = nullptr;
     OperationBTrieve = 0;

@@ -41,6 +41,7 @@
 // (started on demand, stopping when nothing is held) ends every snapshot not used for one
 // 100 ms period.
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
@@ -75,7 +76,7 @@ struct Cursor {
     int64_t posSeq = 0;
     bool hasCurrent = false;
     int64_t curId = 0;
-    int64_t curVer = 0;
+    int64_t curVer = 0;  // 0 on a read-only cursor, which never updates nor deletes
 
     // Read-ahead batch: rows [begin, end) in ascending key order, posRow the position's row.
     int capacity = 0;
@@ -90,8 +91,25 @@ struct Cursor {
     int nextBatch = kFirstBatch;
 };
 
+// The engine's lock, taken by every call and by the idle-snapshot thread. That thread wakes ten
+// times a second, so the lock is almost never contended: taking it is one atomic exchange and
+// releasing it a plain store (a std::mutex pays a second atomic operation on release, on each of
+// the hundreds of thousands of calls of a report).
+class EngineLock {
+  public:
+    void lock() noexcept {
+        while (taken_.exchange(true, std::memory_order_acquire))
+            while (taken_.load(std::memory_order_relaxed))
+                std::this_thread::yield();
+    }
+    void unlock() noexcept { taken_.store(false, std::memory_order_release); }
+
+  private:
+    std::atomic<bool> taken_{false};
+};
+
 struct Engine {
-    std::mutex mu;
+    EngineLock mu;
     std::vector<std::unique_ptr<Cursor>> slots;
     std::vector<uint32_t> freeSlots;
     std::vector<std::unique_ptr<DbFile>> files;
@@ -99,7 +117,7 @@ struct Engine {
     std::vector<DbFile*> joined;  // files written inside the transaction, in that order
     uint64_t nextGen = 0;
     bool janitor = false;
-    std::condition_variable wake;
+    std::condition_variable_any wake;
 
     // Scratch space reused by every call.
     std::vector<uint8_t> keys;
@@ -249,7 +267,7 @@ void JoinTransaction(Engine& e, DbFile& f) {
 
 void IdleLoop() {
     Engine& e = E();
-    std::unique_lock<std::mutex> lock(e.mu);
+    std::unique_lock<EngineLock> lock(e.mu);
     while (e.janitor) {
         e.wake.wait_for(lock, kIdlePeriod);
         bool held = false;
@@ -292,7 +310,8 @@ int16_t Fetch(Engine& e, Cursor& c, int keyNo, Query q, const uint8_t* value, in
     }
     DropBatch(c);
     const int16_t status =
-        f.Fetch(keyNo, q, value, seq, limit, c.arena.data(), c.rows.data(), c.begin, c.end);
+        f.Fetch(keyNo, q, value, seq, limit, c.arena.data(), c.rows.data(), c.begin, c.end,
+                !c.readOnly);
     WatchSnapshot(e, f);
     if (status != kOk) {
         c.begin = c.end = 0;
@@ -357,7 +376,7 @@ int16_t DoPositioningGet(Engine& e, const Call& call, Query q) {
         Row row;
         int b = 0, n = 0;
         DropBatch(*c);
-        status = f.Fetch(keyNo, q, e.value, 0, 1, call.data, &row, b, n);
+        status = f.Fetch(keyNo, q, e.value, 0, 1, call.data, &row, b, n, !c->readOnly);
         WatchSnapshot(e, f);
         if (status != kOk) return status;
         if (n == b) return kKeyNotFound;
@@ -708,7 +727,7 @@ int16_t DoReset(Engine& e) {
 int16_t BtrCall(uint16_t operation, void* positionBlock, void* dataBuffer, uint32_t* dataLength,
                 void* keyBuffer, uint8_t keyLength, int8_t keyNumber) {
     Engine& e = E();
-    std::lock_guard<std::mutex> lock(e.mu);
+    std::lock_guard<EngineLock> lock(e.mu);
     uint32_t noLength = 0;
     Call call{static_cast<uint8_t*>(positionBlock),
               static_cast<uint8_t*>(dataBuffer),
@@ -771,7 +790,7 @@ int16_t BtrCall(uint16_t operation, void* positionBlock, void* dataBuffer, uint3
 
 EngineCounts Counts() {
     Engine& e = E();
-    std::lock_guard<std::mutex> lock(e.mu);
+    std::lock_guard<EngineLock> lock(e.mu);
     EngineCounts counts;
     counts.files = static_cast<int>(e.files.size());
     for (auto& c : e.slots)

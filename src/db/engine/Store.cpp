@@ -535,7 +535,7 @@ sqlite3_stmt* DbFile::Statement(int key, Query q) {
 }
 
 int16_t DbFile::Fetch(int key, Query q, const uint8_t* value, int64_t seq, int limit,
-                      uint8_t* arena, Row* rows, int& begin, int& end) {
+                      uint8_t* arena, Row* rows, int& begin, int& end, bool versions) {
     begin = end = 0;
     HoldReadSnapshot();
     sqlite3_stmt* st = Statement(key, q);
@@ -563,7 +563,7 @@ int16_t DbFile::Fetch(int key, Query q, const uint8_t* value, int64_t seq, int l
             rc = SQLITE_CORRUPT;
             break;
         }
-        rows[at] = Row{sqlite3_column_int64(st, 0), sqlite3_column_int64(st, 1),
+        rows[at] = Row{sqlite3_column_int64(st, 0), versions ? sqlite3_column_int64(st, 1) : 0,
                        duplicates ? sqlite3_column_int64(st, 3) : 0};
         ++n;
     }

@@ -120,9 +120,10 @@ class DbFile {
     // ---- Reads ----
     // Runs query `q` on key `key` and stores up to `limit` rows. Ascending queries fill
     // rows[0..n) and records from arena[0]; descending ones fill from the back, so that the
-    // stored rows are always in ascending key order: [begin, end).
+    // stored rows are always in ascending key order: [begin, end). Without `versions` (a reader
+    // that never updates) the rows' versions are left at 0.
     int16_t Fetch(int key, Query q, const uint8_t* value, int64_t seq, int limit, uint8_t* arena,
-                  Row* rows, int& begin, int& end);
+                  Row* rows, int& begin, int& end, bool versions = true);
     int16_t CountRecords(int64_t& count);
     int16_t CountDistinct(int key, int64_t& count);
 
