@@ -220,6 +220,101 @@ void NormalisationsHistoriques(int fichier, std::span<uint8_t> r) {
     }
 }
 
+// What one BTRieve call works on.
+struct AppelEnCours {
+    Module& m;
+    int source;
+    int16_t operation;
+    int16_t noCle;
+    int fichier;
+    int station;
+    const std::string& sourceText;
+    EtatFichier& etat;
+    bool tamponPresent;
+    std::span<uint8_t> tampon;
+    uint32_t longueurEnreg;
+
+    // One call of operation `op` with key buffer `k`.
+    int16_t Reel(int16_t op, std::string& k) const {
+        uint32_t longueur = longueurEnreg;
+        return tamponPresent ? AppelReel(m, fichier, tampon, op, etat.positionBloc.data(),
+                                         longueur, k, noCle)
+                             : int16_t{0};
+    }
+};
+
+// A transaction begun or ended by a call that succeeded.
+void NoterTransaction(int16_t operation) {
+    if (operation == kBtrBeginTransaction || operation == kBtrBeginConcurrentTransaction)
+        TransactionEnCours = true;
+    else if (operation == kBtrEndTransaction || operation == kBtrAbortTransaction)
+        TransactionEnCours = false;
+}
+
+// A call that did not succeed at once (StatutBTrieve ≠ 0): the waits and new attempts, the
+// statuses reported. Kept out of the path of the calls that succeed.
+[[gnu::noinline]] void SuiteDuStatut(const AppelEnCours& a, std::string& cle) {
+    const int16_t operation = a.operation;
+    const int fichier = a.fichier;
+    int retries = 0;
+    for (;;) {
+        const int16_t s = StatutBTrieve;
+        if (s == 0) {
+            NoterTransaction(operation);
+            return;
+        }
+        if (s == 7) {
+            if ((operation == kBtrUpdate && fichier == 35) ||
+                ((operation == kBtrGetNext || operation == kBtrGetPrevious) && fichier == 34))
+                return;
+            bool signaler = true;
+            if (operation == kBtrGetNext || operation == kBtrGetPrevious) {
+                StatutBTrieve = a.Reel(kBtrGetEqual, cle);
+                signaler = StatutBTrieve != 0;
+            }
+            if (signaler) ErreurBTrieve(a.source, fichier, cle, a.sourceText, a.station);
+            return;
+        }
+        if (s == 36 || s == 37 || s == 38 || s == 39 || s == 83 || s == 92 || s == 81 || s == 84 ||
+            s == 85) {
+            if (++retries > 10) {
+                ErreurBTrieve(a.source, fichier, cle, a.sourceText, a.station);
+                return;
+            }
+            Svc().clock->Sleep(1000);
+        } else if (s == 54) {
+            if (!(operation == kBtrUpdate && fichier == 35) && !ErreursSilencieuses)
+                ErreurBTrieve(a.source, fichier, cle, a.sourceText, a.station);
+            return;
+        } else if (s == 80) {
+            if (++retries > 10) {
+                AbandonConflit = true;
+                return;
+            }
+            Svc().clock->Sleep(500);
+            if (operation == kBtrUpdate || operation == kBtrDelete) {
+                // Re-read the record so that the new attempt works on its current version. The
+                // caller's record bytes are kept: the update writes what the caller prepared.
+                std::vector<uint8_t> sauve(a.tampon.begin(), a.tampon.end());
+                std::string cleRelue = cle;
+                a.Reel(kBtrGetEqual, cleRelue);
+                std::copy(sauve.begin(), sauve.end(), a.tampon.begin());
+            }
+        } else {
+            if (!ErreursSilencieuses) {
+                const bool attendu =
+                    (EstLecture(operation) && (s == 4 || s == 5 || s == 9)) ||
+                    ((operation == kBtrInsert || operation == kBtrUpdate) && s == 5);
+                if (!attendu) ErreurBTrieve(a.source, fichier, cle, a.sourceText, a.station);
+            }
+            return;
+        }
+        // A new attempt.
+        if (cle.empty()) cle.assign(100, ' ');
+        StatutBTrieve = a.Reel(operation, cle);
+    }
+}
+
 }  // namespace
 
 void DefinirBtrcall(FonctionBtrcall fonction) {
@@ -305,82 +400,25 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
     }
 
     Module& m = M();
-    EtatFichier& etat = Etat(source, station, fichier);
     // Files without a record buffer in this tool are never called (status 0).
     const bool tamponPresent = AUnTampon(fichier);
-    const std::span<uint8_t> tampon = tamponPresent ? Tampon(m, fichier) : std::span<uint8_t>();
-    const uint32_t longueurEnreg = m.parFichier[static_cast<size_t>(fichier)].longueurEnreg;
-    const auto Reel = [&](int16_t op, uint32_t& longueur, std::string& k) -> int16_t {
-        return tamponPresent ? AppelReel(m, fichier, tampon, op, etat.positionBloc.data(),
-                                         longueur, k, noCle)
-                             : int16_t{0};
-    };
-    int retries = 0;
-    for (;;) {
-        if (cle.empty()) cle.assign(100, ' ');
-        uint32_t longueur = longueurEnreg;
-        StatutBTrieve = Reel(operation, longueur, cle);
-        const int16_t s = StatutBTrieve;
-        bool signaler = false;
-        if (s == 0) {
-            if (operation == kBtrBeginTransaction || operation == kBtrBeginConcurrentTransaction)
-                TransactionEnCours = true;
-            else if (operation == kBtrEndTransaction || operation == kBtrAbortTransaction)
-                TransactionEnCours = false;
-            break;
-        }
-        if (s == 7) {
-            if ((operation == kBtrUpdate && fichier == 35) ||
-                ((operation == kBtrGetNext || operation == kBtrGetPrevious) && fichier == 34))
-                break;
-            if (operation == kBtrGetNext || operation == kBtrGetPrevious) {
-                uint32_t l = longueurEnreg;
-                StatutBTrieve = Reel(kBtrGetEqual, l, cle);
-                signaler = StatutBTrieve != 0;
-            } else {
-                signaler = true;
-            }
-            if (signaler) ErreurBTrieve(source, fichier, cle, sourceText, station);
-            break;
-        }
-        if (s == 36 || s == 37 || s == 38 || s == 39 || s == 83 || s == 92 || s == 81 || s == 84 ||
-            s == 85) {
-            if (++retries > 10) {
-                ErreurBTrieve(source, fichier, cle, sourceText, station);
-                break;
-            }
-            Svc().clock->Sleep(1000);
-            continue;
-        }
-        if (s == 54) {
-            if (!(operation == kBtrUpdate && fichier == 35) && !ErreursSilencieuses)
-                ErreurBTrieve(source, fichier, cle, sourceText, station);
-            break;
-        }
-        if (s == 80) {
-            if (++retries > 10) {
-                AbandonConflit = true;
-                break;
-            }
-            Svc().clock->Sleep(500);
-            if (operation == kBtrUpdate || operation == kBtrDelete) {
-                // Re-read the record so that the new attempt works on its current version. The
-                // caller's record bytes are kept: the update writes what the caller prepared.
-                std::vector<uint8_t> sauve(tampon.begin(), tampon.end());
-                std::string cleRelue = cle;
-                uint32_t l = longueurEnreg;
-                Reel(kBtrGetEqual, l, cleRelue);
-                std::copy(sauve.begin(), sauve.end(), tampon.begin());
-            }
-            continue;
-        }
-        if (!ErreursSilencieuses) {
-            const bool attendu = (EstLecture(operation) && (s == 4 || s == 5 || s == 9)) ||
-                                 ((operation == kBtrInsert || operation == kBtrUpdate) && s == 5);
-            if (!attendu) ErreurBTrieve(source, fichier, cle, sourceText, station);
-        }
-        break;
-    }
+    const AppelEnCours a{m,
+                         source,
+                         operation,
+                         noCle,
+                         fichier,
+                         station,
+                         sourceText,
+                         Etat(source, station, fichier),
+                         tamponPresent,
+                         tamponPresent ? Tampon(m, fichier) : std::span<uint8_t>(),
+                         m.parFichier[static_cast<size_t>(fichier)].longueurEnreg};
+    if (cle.empty()) cle.assign(100, ' ');
+    StatutBTrieve = a.Reel(operation, cle);
+    if (StatutBTrieve == 0)
+        NoterTransaction(operation);
+    else
+        SuiteDuStatut(a, cle);
 
     if (appel) {
         appel->statut = StatutBTrieve;
