@@ -474,9 +474,10 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
     const std::string haute = "999" + std::string(5, '\xFF');
     std::string cle = basse;
     // The track's key and its history key, rewritten in place for each track.
-    std::string cleMorceau;
+    std::string cleMorceau(m::CleMorceau.length, ' ');
     const std::string modeleCleH = rec::HistoryKey("");
-    std::string cleH;
+    std::string cleH = modeleCleH;
+    constexpr size_t kLongueurCle = m::CleMorceau.length;
     int16_t op = kBtrGetGreaterOrEqual;
     int n = 0;
     for (;;) {
@@ -493,8 +494,7 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
         if (arret_) break;
 
         const auto morceau = TamponEnreg(kFichierMorceaux);
-        cleMorceau.assign(reinterpret_cast<const char*>(morceau.data()) + m::CleMorceau.offset,
-                          m::CleMorceau.length);
+        std::memcpy(cleMorceau.data(), morceau.data() + m::CleMorceau.offset, kLongueurCle);
         const std::string_view categorie = std::string_view(cleMorceau).substr(0, 3);
         const int classe = ClasseQuota(static_cast<char>(morceau[m::QuotaFlag.offset]));
         // The row key of the per-track reports and of the play counts.
@@ -518,9 +518,13 @@ void RechercheStats::RechercheMusique(const ParametresRecherche& p, Rapport rapp
             continue;  // unknown quota flag: not counted
         }
 
-        // rec::HistoryKey(cleMorceau): the track's key, then the history's suffix.
-        cleH.assign(modeleCleH);
-        std::memcpy(cleH.data(), cleMorceau.data(), m::CleMorceau.length);
+        // rec::HistoryKey(cleMorceau): the track's key, then the history's suffix (the call
+        // gives back the key it found, the same; anything else is put right).
+        if (cleH.size() != modeleCleH.size() ||
+            std::memcmp(cleH.data() + kLongueurCle, modeleCleH.data() + kLongueurCle,
+                        modeleCleH.size() - kLongueurCle) != 0)
+            cleH = modeleCleH;
+        std::memcpy(cleH.data(), cleMorceau.data(), kLongueurCle);
         BTRieve(p.source, kBtrGetEqual, cleH, 0, kFichierHistorique, p.station, kOrigine);
         if (StatutBTrieve == 4) continue;  // never broadcast
         if (StatutBTrieve != 0) {

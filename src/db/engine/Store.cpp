@@ -292,9 +292,9 @@ int16_t DbFile::Connect(bool immutable) {
 
 void DbFile::Disconnect() {
     for (auto& statements : keyStatements_)
-        for (sqlite3_stmt*& st : statements) {
-            sqlite3_finalize(st);
-            st = nullptr;
+        for (KeyStatement& k : statements) {
+            sqlite3_finalize(k.st);
+            k = KeyStatement{};
         }
     keyStatements_.clear();
     for (sqlite3_stmt** st : {&begin_, &beginImmediate_, &commit_, &rollback_, &dataVersion_,
@@ -379,7 +379,6 @@ int16_t DbFile::LoadDefinition() {
 
     // Every key must have its index; statements are checked by preparing them.
     keyStatements_.assign(def_.keys.size(), {});
-    boundLimits_.assign(def_.keys.size(), {});
     rc = sqlite3_prepare_v2(db_,
                             "SELECT count(*) FROM sqlite_schema WHERE type = 'index' AND "
                             "tbl_name = 'zl3_records' AND name LIKE 'zl3_key%'",
@@ -525,13 +524,12 @@ void DbFile::EndReadSnapshot() {
 }
 
 sqlite3_stmt* DbFile::Statement(int key, Query q) {
-    sqlite3_stmt*& st = keyStatements_[static_cast<size_t>(key)][static_cast<size_t>(q)];
-    if (!st) {
-        st = Prepare(QuerySql(key, q, def_.keys[static_cast<size_t>(key)].duplicates));
-        boundLimits_[static_cast<size_t>(key)][static_cast<size_t>(q)] =
-            st && sqlite3_bind_parameter_count(st) < 3 ? kSansLimite : -1;
+    KeyStatement& k = keyStatements_[static_cast<size_t>(key)][static_cast<size_t>(q)];
+    if (!k.st) {
+        k.st = Prepare(QuerySql(key, q, def_.keys[static_cast<size_t>(key)].duplicates));
+        k.boundLimit = k.st && sqlite3_bind_parameter_count(k.st) < 3 ? kSansLimite : -1;
     }
-    return st;
+    return k.st;
 }
 
 int16_t DbFile::Fetch(int key, Query q, const uint8_t* value, int64_t seq, int limit,
@@ -545,7 +543,7 @@ int16_t DbFile::Fetch(int key, Query q, const uint8_t* value, int64_t seq, int l
         sqlite3_bind_blob(st, 1, value, kd.length, SQLITE_STATIC);
     if (q == Query::kAfter || q == Query::kBefore) sqlite3_bind_int64(st, 2, seq);
     // Bindings outlive sqlite3_reset: the limit is bound again only when it changes.
-    int& boundLimit = boundLimits_[static_cast<size_t>(key)][static_cast<size_t>(q)];
+    int& boundLimit = keyStatements_[static_cast<size_t>(key)][static_cast<size_t>(q)].boundLimit;
     if (boundLimit != limit && boundLimit != kSansLimite) {
         sqlite3_bind_int(st, 3, limit);
         boundLimit = limit;

@@ -197,11 +197,14 @@ class DbFile {
     std::array<uint64_t, 3> shmSeen_{};  // words 1, 2 and 5
     int64_t dataVersionSeen_ = -1;
 
-    std::vector<std::array<sqlite3_stmt*, kQueryCount>> keyStatements_;
-    // The limit bound to each statement: -1 before the first, kSansLimite for a statement
-    // without one.
+    // Each query's statement with the limit bound to it (-1 before the first, kSansLimite for
+    // a statement without one), side by side: both are read on every fetch.
     static constexpr int kSansLimite = -2;
-    std::vector<std::array<int, kQueryCount>> boundLimits_;
+    struct KeyStatement {
+        sqlite3_stmt* st = nullptr;
+        int boundLimit = -1;
+    };
+    std::vector<std::array<KeyStatement, kQueryCount>> keyStatements_;
     sqlite3_stmt* begin_ = nullptr;
     sqlite3_stmt* beginImmediate_ = nullptr;
     sqlite3_stmt* commit_ = nullptr;
