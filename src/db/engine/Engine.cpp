@@ -73,6 +73,9 @@ struct Cursor {
 
     int keyNo = -1;  // key path of the position; -1: no position
     std::vector<uint8_t> posKey;
+    // The position is row posRow of the batch and posKey is not worked out yet: a walk needs it
+    // only to read the next batch (PositionKey).
+    bool posKeyPending = false;
     int64_t posSeq = 0;
     bool hasCurrent = false;
     int64_t curId = 0;
@@ -291,7 +294,20 @@ void WatchSnapshot(Engine& e, DbFile& f) {
 
 // ---- Reads ------------------------------------------------------------------------------------
 
+// Works out the position's index key from its row of the batch, if not done yet.
+void PositionKey(Cursor& c) {
+    if (!c.posKeyPending) return;
+    c.posKeyPending = false;
+    const FileDef& def = c.file->Def();
+    const KeyDef& kd = def.keys[static_cast<size_t>(c.keyNo)];
+    c.posKey.resize(kd.length);
+    IndexKey(kd, c.arena.data() + static_cast<size_t>(c.posRow) * def.recordLength,
+             c.posKey.data());
+}
+
+// Forgets the batch; the position's key is kept, worked out first while its row is there.
 void DropBatch(Cursor& c) {
+    PositionKey(c);
     c.posRow = -1;
     c.begin = c.end = 0;
 }
@@ -337,8 +353,6 @@ void Serve(Cursor& c, int keyNo, int row, const Call& call) {
     std::memcpy(call.data, record, def.recordLength);
     *call.dataLength = def.recordLength;
     RawKey(kd, record, call.key);
-    c.posKey.resize(kd.length);
-    IndexKey(kd, record, c.posKey.data());
     const Row& r = c.rows[static_cast<size_t>(row)];
     c.posSeq = r.seq;
     c.curId = r.id;
@@ -346,6 +360,7 @@ void Serve(Cursor& c, int keyNo, int row, const Call& call) {
     c.hasCurrent = true;
     c.keyNo = keyNo;
     c.posRow = row;
+    c.posKeyPending = true;
 }
 
 // Checks common to every Get; finds the cursor and brings its file up to date.
@@ -424,6 +439,7 @@ int16_t DoStep(Engine& e, const Call& call, bool forward) {
     const bool duplicates = c->file->Def().keys[static_cast<size_t>(c->keyNo)].duplicates;
     const Query q = forward ? (duplicates ? Query::kAfter : Query::kGreater)
                             : (duplicates ? Query::kBefore : Query::kLess);
+    PositionKey(*c);
     status = Fetch(e, *c, c->keyNo, q, c->posKey.data(), c->posSeq, limit);
     if (status != kOk) return status;
     if (c->begin == c->end) return kEndOfFile;
