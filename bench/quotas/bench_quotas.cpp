@@ -426,9 +426,8 @@ int main(int argc, char** argv) {
             "\"ratio_flat\": %.1f, \"top_ms\": %.1f, "
             "\"sacem_ms\": %.1f, \"pub_ms\": %.1f, \"quotas_wall_ms\": %.1f, \"floor_wall_ms\": "
             "%.1f, \"pub_broadcasts\": %d, \"peak_rss_mb\": %.1f, \"same_counts\": %s}\n",
-            morceauxLus, passages, quotas, floor, flat, quotas / floor, ratioTour, quotas / flat, top,
-            sacem,
-            pubMs, Mediane(Murs(tRapport)), Mediane(Murs(tPlancher)), diffusionsPub,
+            morceauxLus, passages, quotas, floor, flat, quotas / floor, ratioTour, quotas / flat,
+            top, sacem, pubMs, Mediane(Murs(tRapport)), Mediane(Murs(tPlancher)), diffusionsPub,
             rssRapport / 1024.0, identiques ? "true" : "false");
     } else {
         std::printf("history_entries: %s\n", repartition.c_str());

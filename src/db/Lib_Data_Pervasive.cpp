@@ -237,9 +237,9 @@ struct AppelEnCours {
     // One call of operation `op` with key buffer `k`.
     int16_t Reel(int16_t op, std::string& k) const {
         uint32_t longueur = longueurEnreg;
-        return tamponPresent ? AppelReel(m, fichier, tampon, op, etat.positionBloc.data(),
-                                         longueur, k, noCle)
-                             : int16_t{0};
+        return tamponPresent
+                   ? AppelReel(m, fichier, tampon, op, etat.positionBloc.data(), longueur, k, noCle)
+                   : int16_t{0};
     }
 };
 
@@ -347,8 +347,7 @@ int16_t BTRieve_Reel(int fichier, int16_t operation, char* positionBloc, uint32_
                      std::string& cle, int16_t noCle) {
     if (!AUnTampon(fichier)) return 0;  // no record buffer in this tool: no call
     Module& m = M();
-    return AppelReel(m, fichier, Tampon(m, fichier), operation, positionBloc, longueur, cle,
-                     noCle);
+    return AppelReel(m, fichier, Tampon(m, fichier), operation, positionBloc, longueur, cle, noCle);
 }
 
 void BTrieveTestCle(int16_t operation, const std::string& cle, int16_t noCle, int fichier,
@@ -426,7 +425,7 @@ int16_t BTRieve(int source, int16_t operation, std::string& cle, int16_t noCle, 
     }
     // After every operation but 0..4, whatever its status: the suite has always done so.
     if (operation > kBtrDelete && (fichier == 20 || fichier == 22))
-        NormalisationsHistoriques(fichier, Tampon(m, fichier));
+        NormalisationsHistoriques(fichier, a.tampon);
     return StatutBTrieve;
 }
 

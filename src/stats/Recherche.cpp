@@ -50,9 +50,9 @@ class PeriodePassages {
   public:
     PeriodePassages(const DateTime& debut, const DateTime& fin)
         : jourDebut_(DaysFromCivil(debut.year, debut.month, debut.day)),
-          packeDebut_(std::max(Packe(debut.year - rec::kPremiereAnneePassage, debut.month,
-                                     debut.day),
-                               Packe(0, 1, 1))),
+          packeDebut_(
+              std::max(Packe(debut.year - rec::kPremiereAnneePassage, debut.month, debut.day),
+                       Packe(0, 1, 1))),
           packeFin_(std::min(Packe(fin.year - rec::kPremiereAnneePassage, fin.month, fin.day),
                              Packe(kAnneeMax, 12, 31))) {
         // An entry's year is one byte: the table never goes past the last year it can hold.
@@ -147,7 +147,8 @@ class ComptesPub {
 class ComptesQuotas {
   public:
     ComptesQuotas(Grid& grille, int jours)
-        : grille_(grille), comptes_((static_cast<size_t>(jours) + 1) * kLargeur),
+        : grille_(grille),
+          comptes_((static_cast<size_t>(jours) + 1) * kLargeur),
           ecrits_(comptes_.size()) {}
 
     void Ajouter(int col, int row) {

@@ -325,9 +325,8 @@ int16_t Fetch(Engine& e, Cursor& c, int keyNo, Query q, const uint8_t* value, in
         c.rows.resize(static_cast<size_t>(c.capacity));
     }
     DropBatch(c);
-    const int16_t status =
-        f.Fetch(keyNo, q, value, seq, limit, c.arena.data(), c.rows.data(), c.begin, c.end,
-                !c.readOnly);
+    const int16_t status = f.Fetch(keyNo, q, value, seq, limit, c.arena.data(), c.rows.data(),
+                                   c.begin, c.end, !c.readOnly);
     WatchSnapshot(e, f);
     if (status != kOk) {
         c.begin = c.end = 0;

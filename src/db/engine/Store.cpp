@@ -117,12 +117,13 @@ std::string QuerySql(int key, Query q, bool duplicates) {
     const std::string down = " ORDER BY " + k + " DESC, " + s + " DESC LIMIT ?3";
     // A key without duplicates has order 0 on every row: the order is not read, and one value
     // is one row.
-    std::string sql =
-        "SELECT id, ver, data" + (duplicates ? ", " + s : std::string()) + " FROM zl3_records WHERE ";
+    std::string sql = "SELECT id, ver, data" + (duplicates ? ", " + s : std::string()) +
+                      " FROM zl3_records WHERE ";
     switch (q) {
         case Query::kEqual:
             // Without duplicates one value is at most one row: no order, no limit to count.
-            return sql + k + " = ?1" + (duplicates ? " ORDER BY " + s + " LIMIT ?3" : std::string());
+            return sql + k + " = ?1" +
+                   (duplicates ? " ORDER BY " + s + " LIMIT ?3" : std::string());
         case Query::kGreater:
             return sql + k + " > ?1" + up;
         case Query::kGreaterOrEqual:
@@ -523,30 +524,30 @@ void DbFile::EndReadSnapshot() {
     txn_ = TxnState::kNone;
 }
 
-sqlite3_stmt* DbFile::Statement(int key, Query q) {
+DbFile::KeyStatement& DbFile::Statement(int key, Query q) {
     KeyStatement& k = keyStatements_[static_cast<size_t>(key)][static_cast<size_t>(q)];
     if (!k.st) {
         k.st = Prepare(QuerySql(key, q, def_.keys[static_cast<size_t>(key)].duplicates));
         k.boundLimit = k.st && sqlite3_bind_parameter_count(k.st) < 3 ? kSansLimite : -1;
     }
-    return k.st;
+    return k;
 }
 
 int16_t DbFile::Fetch(int key, Query q, const uint8_t* value, int64_t seq, int limit,
                       uint8_t* arena, Row* rows, int& begin, int& end, bool versions) {
     begin = end = 0;
     HoldReadSnapshot();
-    sqlite3_stmt* st = Statement(key, q);
+    KeyStatement& statement = Statement(key, q);
+    sqlite3_stmt* st = statement.st;
     if (!st) return kIoError;
     const KeyDef& kd = def_.keys[static_cast<size_t>(key)];
     if (q != Query::kFirst && q != Query::kLast)
         sqlite3_bind_blob(st, 1, value, kd.length, SQLITE_STATIC);
     if (q == Query::kAfter || q == Query::kBefore) sqlite3_bind_int64(st, 2, seq);
     // Bindings outlive sqlite3_reset: the limit is bound again only when it changes.
-    int& boundLimit = keyStatements_[static_cast<size_t>(key)][static_cast<size_t>(q)].boundLimit;
-    if (boundLimit != limit && boundLimit != kSansLimite) {
+    if (statement.boundLimit != limit && statement.boundLimit != kSansLimite) {
         sqlite3_bind_int(st, 3, limit);
-        boundLimit = limit;
+        statement.boundLimit = limit;
     }
     const bool duplicates = kd.duplicates;
     const bool down = Descending(q);

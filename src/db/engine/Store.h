@@ -167,7 +167,8 @@ class DbFile {
     int16_t LoadDefinition();
     void MapSharedMemory();
     void HoldReadSnapshot();
-    sqlite3_stmt* Statement(int key, Query q);
+    struct KeyStatement;
+    KeyStatement& Statement(int key, Query q);
     sqlite3_stmt* Prepare(const std::string& sql);
     int Exec(sqlite3_stmt* st);
     int16_t Fail(int rc);

@@ -769,8 +769,8 @@ TEST(BtrQueries, EveryQueryWalksItsKeyIndexWithoutSorting) {
     ASSERT_EQ(sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
     for (int key = 0; key < 4; ++key) {
         for (int q = 0; q < 2 * kQueryCount; ++q) {
-            const std::string sql = "EXPLAIN QUERY PLAN " +
-                                    QuerySql(key, static_cast<Query>(q / 2), q % 2 == 1);
+            const std::string sql =
+                "EXPLAIN QUERY PLAN " + QuerySql(key, static_cast<Query>(q / 2), q % 2 == 1);
             sqlite3_stmt* st = nullptr;
             ASSERT_EQ(sqlite3_prepare_v2(db, sql.c_str(), -1, &st, nullptr), SQLITE_OK) << sql;
             std::string plan;
